@@ -1,0 +1,25 @@
+#include "app/MainLayout.hpp"
+
+namespace corvandell {
+
+MainLayout computeMainLayout(int clientWidth, int clientHeight) {
+    const int w = clientWidth;
+    const int h = clientHeight;
+    const int listRight = (2 * w) / 3;
+    MainLayout layout;
+    layout.searchLabel = {12, 17, 96, 18};
+    layout.searchEdit = {112, 12, 260, 30};
+    layout.refreshButton = {384, 12, 90, 30};
+    layout.launchButton = {480, 12, 110, 30};
+    layout.addGameButton = {596, 12, 100, 30};
+    layout.friendsButton = {702, 12, 90, 30};
+    layout.optionsButton = {798, 12, 90, 30};
+    layout.list = {12, 58, listRight - 20, h - 92};
+    layout.detailsLabel = {listRight + 8, 58, 160, 18};
+    layout.details = {listRight + 8, 80, w - listRight - 20, h - 470};
+    layout.playtimePanel = {listRight + 8, h - 382, w - listRight - 20, 348};
+    layout.statusLine = {12, h - 24, w - 24, 20};
+    return layout;
+}
+
+} // namespace corvandell

@@ -1,0 +1,363 @@
+// Lifecycle and message routing of the main window. Controls and layout live in
+// MainWindowControls.cpp, the list and details pane in MainWindowList.cpp.
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "app/win/MainWindow.hpp"
+#include "app/win/StarIcon.hpp"
+#include "app/win/ThemeHook.hpp"
+#include "app/win/UiJob.hpp"
+#include "app/win/WideText.hpp"
+
+namespace corvandell::win {
+namespace {
+
+constexpr wchar_t kClassName[] = L"CorvandellClientWindow";
+constexpr wchar_t kTitle[] = L"Corvandell";
+constexpr wchar_t kBalloonText[] =
+    L"Still running here. Right-click the star for Friends, Options, and Exit.";
+
+// Until the library sources are wired in, a refresh has nothing to gather.
+std::function<LibraryResult()> makeEmptyRefresh(const std::string&) {
+    return [] {
+        LibraryResult result;
+        result.succeeded = true;
+        return result;
+    };
+}
+
+} // namespace
+
+MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, MainWindowJobs jobs)
+    : instance_(instance), paths_(std::move(paths)), settings_(std::move(settings)), jobs_(std::move(jobs)),
+      installedGames_(loadLibrary(paths_.dataFolder)) {
+    if (!jobs_.makeRefresh) {
+        jobs_.makeRefresh = &makeEmptyRefresh;
+    }
+}
+
+MainWindow::~MainWindow() {
+    if (hwnd_ != nullptr) {
+        DestroyWindow(hwnd_);
+    }
+}
+
+bool MainWindow::create(int showCommand) {
+    INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_LISTVIEW_CLASSES};
+    InitCommonControlsEx(&controls);
+
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.style = 0;
+    windowClass.lpfnWndProc = &Window::windowProcedure;
+    windowClass.hInstance = instance_;
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.lpszClassName = kClassName;
+    RegisterClassExW(&windowClass); // a second window in the same process reuses the class
+
+    CreateWindowExW(0, kClassName, kTitle, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT, 1100, 720,
+                    nullptr, nullptr, instance_, this);
+    if (hwnd_ == nullptr) {
+        return false;
+    }
+    ShowWindow(hwnd_, showCommand);
+    UpdateWindow(hwnd_);
+    refresh();
+    return true;
+}
+
+int MainWindow::run(int showCommand) {
+    if (!create(showCommand)) {
+        return 1;
+    }
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return static_cast<int>(message.wParam);
+}
+
+void MainWindow::refresh() {
+    setStatus(L"Loading library...");
+    startUiJob<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(searchText()));
+}
+
+HWND MainWindow::childWindow(ChildKind kind) const noexcept {
+    const auto found = childWindows_.find(kind);
+    return found == childWindows_.end() ? nullptr : found->second;
+}
+
+void MainWindow::setChildWindow(ChildKind kind, HWND window) noexcept {
+    try {
+        childWindows_[kind] = window;
+    } catch (...) {
+        // An allocation failure here only loses the reuse of an open window.
+    }
+}
+
+LRESULT MainWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    LRESULT themed = 0;
+    if (themeHandleMessage(hwnd_, message, wParam, lParam, themed)) {
+        return themed;
+    }
+    try {
+        return route(message, wParam, lParam);
+    } catch (...) {
+        // Nothing may unwind into the system's message dispatch.
+        return DefWindowProcW(hwnd_, message, wParam, lParam);
+    }
+}
+
+LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_CREATE:
+        onCreate();
+        return 0;
+    case WM_SIZE:
+        layout(LOWORD(lParam), HIWORD(lParam));
+        return 0;
+    case WM_CLOSE:
+        onClose();
+        return 0;
+    case WM_DESTROY:
+        onDestroy();
+        return 0;
+    case WM_MEASUREITEM: {
+        auto* measure = reinterpret_cast<MEASUREITEMSTRUCT*>(lParam);
+        if (wParam != command::List || measure == nullptr) {
+            break;
+        }
+        measure->itemHeight = 24;
+        return 1;
+    }
+    case WM_DRAWITEM: {
+        const auto* item = reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
+        if (wParam != command::List || item == nullptr) {
+            break;
+        }
+        drawRow(*item);
+        return 1;
+    }
+    case WM_NOTIFY: {
+        const auto* header = reinterpret_cast<const NMHDR*>(lParam);
+        if (header == nullptr || header->idFrom != command::List) {
+            break;
+        }
+        return onNotify(*header);
+    }
+    case WM_COMMAND:
+        onCommand(LOWORD(wParam), HIWORD(wParam));
+        return 0;
+    case WM_TIMER:
+        if (wParam != kSearchTimerId) {
+            break;
+        }
+        KillTimer(hwnd_, kSearchTimerId);
+        refresh();
+        return 0;
+    case WM_HOTKEY:
+        if (wParam == kOverlayHotkeyId) {
+            if (HWND overlay = childWindow(ChildKind::Overlay); overlay != nullptr) {
+                DestroyWindow(overlay);
+            }
+        }
+        return 0;
+    case MsgLibraryResult:
+        onLibraryResult(takeUiJobResult<LibraryResult>(lParam));
+        return 0;
+    case MsgThemeChanged:
+        themeApplyToList(list_);
+        RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+        return 0;
+    case MsgChildClosed:
+        onChildClosed(static_cast<ChildKind>(wParam), reinterpret_cast<HWND>(lParam));
+        return 0;
+    case MsgTrayIcon:
+        onTrayIcon(static_cast<UINT>(lParam));
+        return 0;
+    case MsgStoreChanged:
+        refresh();
+        setStatus(L"A game store's library changed - refreshing...");
+        return 0;
+    default:
+        break;
+    }
+    return DefWindowProcW(hwnd_, message, wParam, lParam);
+}
+
+void MainWindow::onCreate() {
+    createControls();
+    themeApplyToList(list_);
+    smallIcon_ = createStarIcon(GetSystemMetrics(SM_CXSMICON), kStarColour);
+    largeIcon_ = createStarIcon(GetSystemMetrics(SM_CXICON), kStarColour);
+    SendMessageW(hwnd_, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(smallIcon_.get()));
+    SendMessageW(hwnd_, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(largeIcon_.get()));
+    trayIcon_.add(hwnd_, MsgTrayIcon, smallIcon_.get(), kTitle);
+    fillDetails();
+}
+
+void MainWindow::onClose() {
+    ShowWindow(hwnd_, SW_HIDE);
+    if (balloonShown_) {
+        return;
+    }
+    balloonShown_ = true;
+    if (trayIcon_.showBalloon(kTitle, kBalloonText)) {
+        ++balloonsShown_;
+    }
+}
+
+void MainWindow::onDestroy() {
+    KillTimer(hwnd_, kSearchTimerId);
+    trackingState_ = 0;
+    trackedKey_.clear();
+    trayIcon_.remove();
+    SendMessageW(hwnd_, WM_SETICON, ICON_SMALL, 0);
+    SendMessageW(hwnd_, WM_SETICON, ICON_BIG, 0);
+    smallIcon_.reset();
+    largeIcon_.reset();
+    rowIcons_.clear();
+    extraIcon_.reset();
+    discardPendingResults();
+    // Each file is saved on its own: a failure to write one must not cost the other.
+    try {
+        saveSettings(paths_.dataFolder, settings_);
+    } catch (...) {
+    }
+    try {
+        saveLibrary(paths_.dataFolder, installedGames_);
+    } catch (...) {
+    }
+    PostQuitMessage(0);
+}
+
+// Results already queued for this window would otherwise die with the queue entry.
+void MainWindow::discardPendingResults() noexcept {
+    MSG message{};
+    while (PeekMessageW(&message, hwnd_, MsgLibraryResult, MsgLibraryResult, PM_REMOVE)) {
+        takeUiJobResult<LibraryResult>(message.lParam).reset();
+    }
+}
+
+void MainWindow::onCommand(int id, int notification) {
+    switch (id) {
+    case command::Refresh:
+        refresh();
+        return;
+    case command::Launch:
+        onActionButton();
+        return;
+    case command::Search:
+        if (notification == EN_CHANGE) {
+            SetTimer(hwnd_, kSearchTimerId, kSearchDebounceMs, nullptr);
+        }
+        return;
+    case command::OpenClient:
+        showFromTray();
+        return;
+    case command::Exit:
+        DestroyWindow(hwnd_);
+        return;
+    case command::Friends:
+    case command::Options:
+        if (HWND open = childWindow(id == command::Friends ? ChildKind::Friends : ChildKind::Options);
+            open != nullptr && IsWindow(open)) {
+            if (IsIconic(open)) {
+                ShowWindow(open, SW_RESTORE);
+            }
+            SetForegroundWindow(open);
+        }
+        return;
+    case command::AddGame:
+    case command::GameOptions:
+    default:
+        return;
+    }
+}
+
+void MainWindow::onActionButton() {
+    const int row = selectedRow();
+    if (row < 0) {
+        return;
+    }
+    if (trackingState_ != 0 && rows_[static_cast<size_t>(row)].key == trackedKey_) {
+        return; // stopping the tracked game arrives with process tracking
+    }
+}
+
+void MainWindow::onTrayIcon(UINT mouseMessage) {
+    switch (mouseMessage) {
+    case WM_RBUTTONUP:
+    case WM_CONTEXTMENU:
+        showTrayMenu();
+        return;
+    case WM_LBUTTONUP:
+    case WM_LBUTTONDBLCLK:
+        showFromTray();
+        return;
+    default:
+        return;
+    }
+}
+
+void MainWindow::showTrayMenu() {
+    UniqueMenu menu(CreatePopupMenu());
+    if (!menu) {
+        return;
+    }
+    AppendMenuW(menu.get(), MF_STRING, command::OpenClient, L"Open Corvandell");
+    AppendMenuW(menu.get(), MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(menu.get(), MF_STRING, command::Friends, L"Friends");
+    AppendMenuW(menu.get(), MF_STRING, command::Options, L"Options");
+    AppendMenuW(menu.get(), MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(menu.get(), MF_STRING, command::Exit, L"Exit");
+    SetMenuDefaultItem(menu.get(), command::OpenClient, FALSE);
+    POINT cursor{};
+    GetCursorPos(&cursor);
+    // Without the foreground the menu would not close when the user clicks elsewhere.
+    SetForegroundWindow(hwnd_);
+    TrackPopupMenu(menu.get(), TPM_RIGHTBUTTON, cursor.x, cursor.y, 0, hwnd_, nullptr);
+    PostMessageW(hwnd_, WM_NULL, 0, 0);
+}
+
+void MainWindow::showFromTray() {
+    ShowWindow(hwnd_, IsIconic(hwnd_) ? SW_RESTORE : SW_SHOW);
+    SetForegroundWindow(hwnd_);
+}
+
+void MainWindow::onChildClosed(ChildKind kind, HWND window) noexcept {
+    const auto found = childWindows_.find(kind);
+    if (found != childWindows_.end() && found->second == window) {
+        found->second = nullptr;
+    }
+}
+
+void MainWindow::onLibraryResult(std::unique_ptr<LibraryResult> result) {
+    if (!result->succeeded) {
+        setStatus(widen(result->errorText));
+        return;
+    }
+    rows_ = std::move(result->rows);
+    refillList();
+    setStatus(L"Library refreshed.");
+}
+
+void MainWindow::setStatus(const std::wstring& text) {
+    SetWindowTextW(status_, text.c_str());
+}
+
+std::wstring MainWindow::statusText() const {
+    std::wstring text(static_cast<size_t>(GetWindowTextLengthW(status_)) + 1, L'\0');
+    text.resize(static_cast<size_t>(GetWindowTextW(status_, text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+std::string MainWindow::searchText() const {
+    std::wstring text(static_cast<size_t>(GetWindowTextLengthW(search_)) + 1, L'\0');
+    text.resize(static_cast<size_t>(GetWindowTextW(search_, text.data(), static_cast<int>(text.size()))));
+    return narrow(text);
+}
+
+} // namespace corvandell::win

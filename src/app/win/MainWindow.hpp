@@ -1,0 +1,118 @@
+// The main library window: toolbar, game list, details column, status line and the tray
+// icon. It owns the settings record and the library for the life of the process and is
+// the window every background job of the library reports back to.
+#pragma once
+
+#include <windows.h>
+
+#include "app/DataPaths.hpp"
+#include "app/LibraryCache.hpp"
+#include "app/LibraryItem.hpp"
+#include "app/Settings.hpp"
+#include "app/win/Messages.hpp"
+#include "app/win/PlaytimePanel.hpp"
+#include "app/win/TrayIcon.hpp"
+#include "app/win/UniqueHandle.hpp"
+#include "app/win/Window.hpp"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace corvandell::win {
+
+// Seams through which the window's background work is supplied. Production code uses
+// the defaults; tests count and script the jobs.
+struct MainWindowJobs {
+    // The refresh job's producer for the given search text.
+    std::function<std::function<LibraryResult()>(const std::string& query)> makeRefresh;
+};
+
+class MainWindow final : public Window {
+public:
+    MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, MainWindowJobs jobs = {});
+    ~MainWindow() override;
+
+    // Creates and shows the window, then runs the message loop until Exit; returns the
+    // loop's exit code.
+    int run(int showCommand);
+    // The first half of run: the window exists, is shown and a refresh is under way.
+    bool create(int showCommand);
+
+    void createControls();
+    void refresh();
+
+    HWND control(int id) const noexcept { return GetDlgItem(hwnd_, id); }
+    std::wstring statusText() const;
+    HWND childWindow(ChildKind kind) const noexcept;
+    // Records a companion window the main window opened, until it reports its end.
+    void setChildWindow(ChildKind kind, HWND window) noexcept;
+    int balloonsShown() const noexcept { return balloonsShown_; }
+    bool hasTrayIcon() const noexcept { return trayIcon_.isAdded(); }
+    const Settings& settings() const noexcept { return settings_; }
+    PlaytimePanel* playtimePanel() noexcept { return playtimePanel_.get(); }
+
+private:
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
+
+    void onCreate();
+    void onClose();
+    void onDestroy();
+    void onCommand(int id, int notification);
+    LRESULT onNotify(const NMHDR& header);
+    void onTrayIcon(UINT mouseMessage);
+    void onChildClosed(ChildKind kind, HWND window) noexcept;
+    void onLibraryResult(std::unique_ptr<LibraryResult> result);
+    void discardPendingResults() noexcept;
+
+    void layout(int clientWidth, int clientHeight);
+    void showFromTray();
+    void showTrayMenu();
+    void showRowMenu();
+    void onActionButton();
+    void setStatus(const std::wstring& text);
+    std::string searchText() const;
+
+    int selectedRow() const noexcept;
+    void refillList();
+    void fillDetails();
+    void drawRow(const DRAWITEMSTRUCT& item);
+    void onRate(int stars);
+
+    HINSTANCE instance_;
+    DataPaths paths_;
+    Settings settings_;
+    MainWindowJobs jobs_;
+    std::vector<LibraryRecord> installedGames_;
+    std::vector<LibraryItem> rows_;
+    std::map<std::string, UniqueIcon> rowIcons_;
+
+    HWND tooltip_ = nullptr;
+    HWND list_ = nullptr;
+    HWND details_ = nullptr;
+    HWND search_ = nullptr;
+    HWND status_ = nullptr;
+    std::unique_ptr<PlaytimePanel> playtimePanel_;
+    UniqueFont font_;
+
+    std::map<ChildKind, HWND> childWindows_;
+    TrayIcon trayIcon_;
+    UniqueIcon smallIcon_;
+    UniqueIcon largeIcon_;
+    UniqueIcon extraIcon_;
+    bool balloonShown_ = false;
+    int balloonsShown_ = 0;
+
+    // Tracking of the one running game.
+    int trackingState_ = 0; // 0 none, 1 launching, 2 running
+    std::string trackedKey_;
+    std::uint32_t launchToken_ = 0;
+
+    std::wstring playtimeText_;
+};
+
+} // namespace corvandell::win

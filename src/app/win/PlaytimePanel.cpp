@@ -1,0 +1,188 @@
+#include <windows.h>
+
+#include <windowsx.h>
+
+#include "app/StarShape.hpp"
+#include "app/win/PlaytimePanel.hpp"
+#include "app/win/ThemeHook.hpp"
+#include "app/win/UniqueHandle.hpp"
+
+#include <array>
+
+namespace corvandell::win {
+namespace {
+
+constexpr wchar_t kClassName[] = L"CorvandellPlaytimePanel";
+constexpr int kTextTop = PlaytimePanel::kMargin * 2 + PlaytimePanel::kStarSize;
+
+void registerClass(HINSTANCE instance, WNDPROC procedure) {
+    WNDCLASSEXW windowClass{};
+    if (GetClassInfoExW(instance, kClassName, &windowClass)) {
+        return;
+    }
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = instance;
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.lpszClassName = kClassName;
+    RegisterClassExW(&windowClass);
+}
+
+RECT starRect(int index) noexcept {
+    const int left = PlaytimePanel::kMargin + index * (PlaytimePanel::kStarSize + PlaytimePanel::kStarGap);
+    return {left, PlaytimePanel::kMargin, left + PlaytimePanel::kStarSize,
+            PlaytimePanel::kMargin + PlaytimePanel::kStarSize};
+}
+
+void drawStar(HDC dc, const RECT& rect, COLORREF fill, COLORREF outline) {
+    const auto corners = starPolygon(rect.right - rect.left);
+    std::array<POINT, 10> points{};
+    for (size_t i = 0; i < corners.size(); ++i) {
+        points[i] = {rect.left + corners[i].x, rect.top + corners[i].y};
+    }
+    UniqueBrush brush(CreateSolidBrush(fill));
+    UniquePen pen(CreatePen(PS_SOLID, 1, outline));
+    const ScopedSelect selectBrush(dc, brush.get());
+    const ScopedSelect selectPen(dc, pen.get());
+    Polygon(dc, points.data(), static_cast<int>(points.size()));
+}
+
+} // namespace
+
+PlaytimePanel::PlaytimePanel(HINSTANCE instance, RatingCallback onRate)
+    : instance_(instance), onRate_(std::move(onRate)) {}
+
+PlaytimePanel::~PlaytimePanel() {
+    if (hwnd_ != nullptr) {
+        DestroyWindow(hwnd_);
+    }
+}
+
+bool PlaytimePanel::create(HWND parent, int controlId) {
+    registerClass(instance_, &Window::windowProcedure);
+    CreateWindowExW(0, kClassName, L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, 0, 0, parent,
+                    reinterpret_cast<HMENU>(static_cast<INT_PTR>(controlId)), instance_, this);
+    return hwnd_ != nullptr;
+}
+
+int PlaytimePanel::starAt(int x, int y) noexcept {
+    for (int i = 0; i < kStarCount; ++i) {
+        const RECT rect = starRect(i);
+        if (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom) {
+            return i + 1;
+        }
+    }
+    return 0;
+}
+
+void PlaytimePanel::setText(const std::wstring& text) {
+    if (text_ != nullptr) {
+        SetWindowTextW(text_, text.c_str());
+    }
+}
+
+std::wstring PlaytimePanel::text() const {
+    if (text_ == nullptr) {
+        return {};
+    }
+    std::wstring value(static_cast<size_t>(GetWindowTextLengthW(text_)) + 1, L'\0');
+    value.resize(static_cast<size_t>(GetWindowTextW(text_, value.data(), static_cast<int>(value.size()))));
+    return value;
+}
+
+void PlaytimePanel::setMyStars(int stars) {
+    myStars_ = stars;
+    if (hwnd_ != nullptr) {
+        InvalidateRect(hwnd_, nullptr, TRUE);
+    }
+}
+
+void PlaytimePanel::setHoverStar(int star) {
+    if (star == hoverStar_) {
+        return;
+    }
+    hoverStar_ = star;
+    InvalidateRect(hwnd_, nullptr, TRUE);
+    if (star != 0) {
+        TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, hwnd_, 0};
+        TrackMouseEvent(&track);
+    }
+}
+
+void PlaytimePanel::layoutText(int width, int height) {
+    if (text_ != nullptr) {
+        MoveWindow(text_, 0, kTextTop, width, height > kTextTop ? height - kTextTop : 0, TRUE);
+    }
+}
+
+void PlaytimePanel::paint() {
+    PAINTSTRUCT ps{};
+    HDC dc = BeginPaint(hwnd_, &ps);
+    const Skin& skin = currentTheme();
+    RECT client{};
+    GetClientRect(hwnd_, &client);
+    client.bottom = kTextTop;
+    FillRect(dc, &client, themeBrush(skin.windowBackground));
+    // Hovering previews the rating about to be given; otherwise the user's own shows.
+    const int filled = hoverStar_ != 0 ? hoverStar_ : myStars_;
+    for (int i = 0; i < kStarCount; ++i) {
+        const bool isFilled = i < filled;
+        drawStar(dc, starRect(i), toColorRef(isFilled ? skin.accent : skin.controlBackground),
+                 toColorRef(isFilled ? skin.accent : skin.border));
+    }
+    EndPaint(hwnd_, &ps);
+}
+
+LRESULT PlaytimePanel::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    try {
+        LRESULT themed = 0;
+        if (message != WM_DRAWITEM && themeHandleMessage(hwnd_, message, wParam, lParam, themed)) {
+            return themed;
+        }
+        switch (message) {
+        case WM_CREATE:
+            text_ = CreateWindowExW(0, L"EDIT", L"",
+                                    WS_CHILD | WS_VISIBLE | WS_VSCROLL | ES_MULTILINE | ES_READONLY |
+                                        ES_AUTOVSCROLL,
+                                    0, kTextTop, 0, 0, hwnd_, nullptr, instance_, nullptr);
+            return 0;
+        case WM_SETFONT:
+            if (text_ != nullptr) {
+                SendMessageW(text_, WM_SETFONT, wParam, lParam);
+            }
+            return 0;
+        case WM_SIZE:
+            layoutText(LOWORD(lParam), HIWORD(lParam));
+            return 0;
+        case WM_PAINT:
+            paint();
+            return 0;
+        case WM_MOUSEMOVE:
+            setHoverStar(starAt(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)));
+            return 0;
+        case WM_MOUSELEAVE:
+            setHoverStar(0);
+            return 0;
+        case WM_LBUTTONUP: {
+            const int star = starAt(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+            if (star != 0 && onRate_) {
+                onRate_(star);
+            }
+            return 0;
+        }
+        case WM_SETCURSOR:
+            if (hoverStar_ != 0) {
+                SetCursor(LoadCursorW(nullptr, IDC_HAND));
+                return TRUE;
+            }
+            break;
+        default:
+            break;
+        }
+    } catch (...) {
+        // Nothing in here is worth crashing the window over.
+    }
+    return DefWindowProcW(hwnd_, message, wParam, lParam);
+}
+
+} // namespace corvandell::win
