@@ -67,26 +67,41 @@ Value readNumber(const std::string& text, std::string_view key, Value defaultVal
     return value;
 }
 
+// Whether a scan is inside a string: a quote toggles, and inside a string a backslash
+// makes the next character inert, so brackets and braces in values mean nothing.
+class StringTracker {
+public:
+    // True when `c` is part of a string, its quotes included.
+    bool isInsideString(char c) noexcept {
+        if (!isInString_) {
+            isInString_ = c == '"';
+            return isInString_;
+        }
+        if (isEscaped_) {
+            isEscaped_ = false;
+        } else if (c == '\\') {
+            isEscaped_ = true;
+        } else if (c == '"') {
+            isInString_ = false;
+        }
+        return true;
+    }
+
+private:
+    bool isInString_ = false;
+    bool isEscaped_ = false;
+};
+
 // Index just past the closing "]" matching the "[" at `open`, or the text's end if none.
 std::size_t findArrayEnd(std::string_view text, std::size_t open) {
-    bool isInString = false;
-    bool isEscaped = false;
+    StringTracker strings;
     int depth = 0;
     for (std::size_t i = open; i < text.size(); ++i) {
         const char c = text[i];
-        if (isInString) {
-            if (isEscaped) {
-                isEscaped = false;
-            } else if (c == '\\') {
-                isEscaped = true;
-            } else if (c == '"') {
-                isInString = false;
-            }
+        if (strings.isInsideString(c)) {
             continue;
         }
-        if (c == '"') {
-            isInString = true;
-        } else if (c == '[') {
+        if (c == '[') {
             ++depth;
         } else if (c == ']' && --depth == 0) {
             return i + 1;
@@ -174,25 +189,15 @@ std::vector<std::string> readObjectList(const std::string& text, std::string_vie
 
 std::vector<std::string> splitObjects(std::string_view text) {
     std::vector<std::string> objects;
-    bool isInString = false;
-    bool isEscaped = false;
+    StringTracker strings;
     int depth = 0;
     std::optional<std::size_t> start;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        if (isInString) {
-            if (isEscaped) {
-                isEscaped = false;
-            } else if (c == '\\') {
-                isEscaped = true;
-            } else if (c == '"') {
-                isInString = false;
-            }
+        if (strings.isInsideString(c)) {
             continue;
         }
-        if (c == '"') {
-            isInString = true;
-        } else if (c == '{') {
+        if (c == '{') {
             if (depth == 0) {
                 start = i;
             }

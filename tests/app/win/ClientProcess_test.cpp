@@ -68,10 +68,11 @@ BOOL CALLBACK findClientWindow(HWND hwnd, LPARAM lParam) {
 
 TEST(ClientProcess, StartsRewritesSettingsAndExitsCleanlyFromTheTrayMenu) {
     test::TempFolder folder;
-    const auto appData = folder.path() / "Roaming";
-    const auto localAppData = folder.path() / "Local";
+    // A user name with non-ASCII letters must not lose the data folder.
+    const auto appData = folder.path() / L"J\u00f6rg" / L"Roaming";
+    const auto localAppData = folder.path() / L"J\u00f6rg" / L"Local";
     const auto dataFolder = appData / "Corvandell";
-    folder.writeFile("Roaming/Corvandell/settings.json", "{}");
+    folder.writeFile((dataFolder / "settings.json").lexically_relative(folder.path()), "{}");
 
     std::wstring commandLine = L"\"" + clientExecutable().wstring() + L"\"";
     std::vector<wchar_t> environment = environmentWith(appData, localAppData);

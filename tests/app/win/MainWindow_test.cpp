@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace corvandell::win {
@@ -260,6 +261,36 @@ TEST_F(MainWindowTest, ThemeChangeRepaintsTheListInTheNewSkin) {
               RGB(light.controlBackground.red, light.controlBackground.green, light.controlBackground.blue));
     EXPECT_EQ(ListView_GetTextColor(list),
               RGB(light.controlText.red, light.controlText.green, light.controlText.blue));
+}
+
+// Types keys from another thread while the tray menu runs its modal loop on this one.
+// A menu that never sees the keys is cancelled after two seconds, so the test fails
+// instead of hanging.
+void pressKeysLater(HWND owner, std::vector<WORD> keys) {
+    std::thread([owner, keys = std::move(keys)] {
+        Sleep(300);
+        // The menu's modal loop reads every keyboard message of the thread's queue.
+        for (WORD key : keys) {
+            PostMessageW(owner, WM_KEYDOWN, key, 0);
+            PostMessageW(owner, WM_KEYUP, key, 0xC0000001);
+            Sleep(50);
+        }
+        Sleep(2000);
+        PostMessageW(owner, WM_CANCELMODE, 0, 0);
+    }).detach();
+}
+
+TEST_F(MainWindowTest, TrayMenuOpensTheWindowFirstAndExitsLast) {
+    // Down picks the first entry, Up wraps to the last one.
+    pressKeysLater(window_->hwnd(), {VK_DOWN, VK_RETURN});
+    SendMessageW(window_->hwnd(), MsgTrayIcon, 1, WM_RBUTTONUP);
+    test::pumpUntil([this] { return IsWindowVisible(window_->hwnd()) != FALSE; }, 3000);
+    EXPECT_TRUE(IsWindowVisible(window_->hwnd())) << "Open Corvandell did not show the window";
+
+    pressKeysLater(window_->hwnd(), {VK_UP, VK_RETURN});
+    SendMessageW(window_->hwnd(), MsgTrayIcon, 1, WM_CONTEXTMENU);
+    test::pumpUntil([this] { return window_->hwnd() == nullptr; }, 3000);
+    EXPECT_EQ(window_->hwnd(), nullptr) << "Exit did not end the window";
 }
 
 } // namespace
