@@ -13,13 +13,13 @@
 namespace corvandell::win {
 namespace {
 
-struct ButtonSpec {
+struct ToolbarButton {
     int id;
     const wchar_t* caption;
     const wchar_t* tooltip;
 };
 
-constexpr std::array<ButtonSpec, 5> kButtons{{
+constexpr std::array<ToolbarButton, 5> kButtons{{
     {command::Refresh, L"Refresh", L"Reload your Corvandell library and entitlements from the backend API."},
     {command::Launch, L"Launch",
      L"Does whatever the selected game needs: Install (download/clone), Update (a newer build exists), or "
@@ -33,12 +33,12 @@ constexpr std::array<ButtonSpec, 5> kButtons{{
     {command::Options, L"Options", L"Connection, download, voice, and appearance settings."},
 }};
 
-struct ColumnSpec {
+struct ListColumn {
     const wchar_t* title;
     int width;
 };
 
-constexpr std::array<ColumnSpec, 5> kColumns{{
+constexpr std::array<ListColumn, 5> kColumns{{
     {L"Title", 320},
     {L"State", 110},
     {L"Category", 140},
@@ -84,15 +84,16 @@ void MainWindow::createControls() {
     makeChild(WC_STATICW, L"Search Library", 0, control::SearchLabel);
     search_ = makeChild(WC_EDITW, L"", WS_BORDER | WS_TABSTOP | ES_AUTOHSCROLL, command::Search);
 
-    for (const ButtonSpec& spec : kButtons) {
-        HWND button = makeChild(WC_BUTTONW, spec.caption, WS_TABSTOP | BS_PUSHBUTTON | BS_OWNERDRAW, spec.id);
+    for (const ToolbarButton& toolbarButton : kButtons) {
+        HWND button = makeChild(WC_BUTTONW, toolbarButton.caption, WS_TABSTOP | BS_PUSHBUTTON | BS_OWNERDRAW,
+                                toolbarButton.id);
         themeTrackButtonHover(button);
         TTTOOLINFOW tool{};
         tool.cbSize = sizeof(tool);
         tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
         tool.hwnd = hwnd_;
         tool.uId = reinterpret_cast<UINT_PTR>(button);
-        tool.lpszText = const_cast<wchar_t*>(spec.tooltip);
+        tool.lpszText = const_cast<wchar_t*>(toolbarButton.tooltip);
         SendMessageW(tooltip_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     }
 
