@@ -51,6 +51,44 @@ private:
     int saved_;
 };
 
+// Index of the quote that closes the string opened at `open`, or the text's size when the
+// string runs to the end.
+std::size_t findStringEnd(std::string_view text, std::size_t open) {
+    bool isEscaped = false;
+    for (std::size_t end = open + 1; end < text.size(); ++end) {
+        if (isEscaped) {
+            isEscaped = false;
+        } else if (text[end] == '\\') {
+            isEscaped = true;
+        } else if (text[end] == '"') {
+            return end;
+        }
+    }
+    return text.size();
+}
+
+std::size_t skipSpace(std::string_view text, std::size_t pos) {
+    while (pos < text.size() &&
+           (text[pos] == ' ' || text[pos] == '\t' || text[pos] == '\r' || text[pos] == '\n')) {
+        ++pos;
+    }
+    return pos;
+}
+
+// The complete string at `pos`, unescaped; `pos` moves past its closing quote.
+std::optional<std::string> readQuotedAt(std::string_view text, std::size_t& pos) {
+    if (pos >= text.size() || text[pos] != '"') {
+        return std::nullopt;
+    }
+    const std::size_t end = findStringEnd(text, pos);
+    if (end == text.size()) {
+        return std::nullopt;
+    }
+    std::string value = unescape(text.substr(pos + 1, end - pos - 1));
+    pos = end + 1;
+    return value;
+}
+
 template <typename Value, typename Convert>
 Value readNumber(const std::string& text, std::string_view key, Value defaultValue, Convert convert) {
     const auto colon = locateColon(text, key);
@@ -122,18 +160,45 @@ std::string readString(const std::string& text, std::string_view key) {
         return {};
     }
     // An unterminated string runs to the end of the text.
-    std::size_t end = open + 1;
-    bool isEscaped = false;
-    for (; end < text.size(); ++end) {
-        if (isEscaped) {
-            isEscaped = false;
-        } else if (text[end] == '\\') {
-            isEscaped = true;
-        } else if (text[end] == '"') {
+    const std::size_t end = findStringEnd(text, open);
+    return unescape(std::string_view(text).substr(open + 1, end - open - 1));
+}
+
+bool hasKey(const std::string& text, std::string_view key) {
+    return text.find(keyPattern(key)) != std::string::npos;
+}
+
+std::map<std::string, std::string> readStringMap(const std::string& text, std::string_view key) {
+    std::map<std::string, std::string> entries;
+    const auto colon = locateColon(text, key);
+    if (!colon) {
+        return entries;
+    }
+    const std::size_t open = text.find('{', *colon);
+    if (open == std::string::npos) {
+        return entries;
+    }
+    std::size_t pos = skipSpace(text, open + 1);
+    while (pos < text.size() && text[pos] != '}') {
+        auto name = readQuotedAt(text, pos);
+        pos = skipSpace(text, pos);
+        if (!name || pos >= text.size() || text[pos] != ':') {
+            break;
+        }
+        pos = skipSpace(text, pos + 1);
+        auto value = readQuotedAt(text, pos);
+        if (!value) {
+            break;
+        }
+        entries[std::move(*name)] = std::move(*value);
+        pos = skipSpace(text, pos);
+        if (pos < text.size() && text[pos] == ',') {
+            pos = skipSpace(text, pos + 1);
+        } else if (pos >= text.size() || text[pos] != '}') {
             break;
         }
     }
-    return unescape(std::string_view(text).substr(open + 1, end - open - 1));
+    return entries;
 }
 
 bool readBool(const std::string& text, std::string_view key, bool defaultValue) {

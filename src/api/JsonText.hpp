@@ -8,11 +8,15 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace corvandell {
+
+// Whether the quoted key occurs anywhere in the text.
+bool hasKey(const std::string& text, std::string_view key);
 
 // The next string after the key's colon, unescaped; "" when the key or a quote is missing.
 std::string readString(const std::string& text, std::string_view key);
@@ -31,6 +35,10 @@ double readDouble(const std::string& text, std::string_view key, double defaultV
 
 // The objects of the array that follows the key; without key or "[", the whole text.
 std::vector<std::string> readObjectList(const std::string& text, std::string_view key);
+
+// The "name":"value" pairs of the flat object after the key, white space allowed between
+// tokens. Reading stops quietly at anything else, keeping the pairs before it.
+std::map<std::string, std::string> readStringMap(const std::string& text, std::string_view key);
 
 // Every top-level {...} slice of the text, string-aware.
 std::vector<std::string> splitObjects(std::string_view text);

@@ -8,21 +8,11 @@
 #include "api/JsonText.hpp"
 #include "app/FileStore.hpp"
 
-#include <optional>
-
 namespace corvandell {
 
 namespace {
 
 constexpr std::string_view kSettingsFileName = "settings.json";
-
-std::string quotedKey(std::string_view key) {
-    return "\"" + std::string(key) + "\"";
-}
-
-bool hasKey(const std::string& text, std::string_view key) {
-    return text.find(quotedKey(key)) != std::string::npos;
-}
 
 void readStringField(const std::string& text, std::string_view key, std::string& field) {
     if (hasKey(text, key)) {
@@ -32,73 +22,6 @@ void readStringField(const std::string& text, std::string_view key, std::string&
 
 const char* boolText(bool value) {
     return value ? "true" : "false";
-}
-
-std::size_t skipSpace(const std::string& text, std::size_t pos) {
-    while (pos < text.size() &&
-           (text[pos] == ' ' || text[pos] == '\t' || text[pos] == '\r' || text[pos] == '\n')) {
-        ++pos;
-    }
-    return pos;
-}
-
-// The quoted string at `pos`, unescaped like readString's values; `pos` moves past it.
-std::optional<std::string> readQuoted(const std::string& text, std::size_t& pos) {
-    if (pos >= text.size() || text[pos] != '"') {
-        return std::nullopt;
-    }
-    bool isEscaped = false;
-    for (std::size_t end = pos + 1; end < text.size(); ++end) {
-        if (isEscaped) {
-            isEscaped = false;
-        } else if (text[end] == '\\') {
-            isEscaped = true;
-        } else if (text[end] == '"') {
-            std::string value = unescape(std::string_view(text).substr(pos + 1, end - pos - 1));
-            pos = end + 1;
-            return value;
-        }
-    }
-    return std::nullopt;
-}
-
-// The "name":"value" pairs of the object after the key. Anything unexpected ends the read
-// quietly: the pairs before it are still good, and a browser choice is easy to make again.
-std::map<std::string, std::string> readStringMap(const std::string& text, std::string_view key) {
-    std::map<std::string, std::string> entries;
-    const std::size_t match = text.find(quotedKey(key));
-    if (match == std::string::npos) {
-        return entries;
-    }
-    const std::size_t colon = text.find(':', match);
-    if (colon == std::string::npos) {
-        return entries;
-    }
-    const std::size_t open = text.find('{', colon);
-    if (open == std::string::npos) {
-        return entries;
-    }
-    std::size_t pos = skipSpace(text, open + 1);
-    while (pos < text.size() && text[pos] != '}') {
-        auto name = readQuoted(text, pos);
-        pos = skipSpace(text, pos);
-        if (!name || pos >= text.size() || text[pos] != ':') {
-            break;
-        }
-        pos = skipSpace(text, pos + 1);
-        auto value = readQuoted(text, pos);
-        if (!value) {
-            break;
-        }
-        entries[std::move(*name)] = std::move(*value);
-        pos = skipSpace(text, pos);
-        if (pos < text.size() && text[pos] == ',') {
-            pos = skipSpace(text, pos + 1);
-        } else if (pos >= text.size() || text[pos] != '}') {
-            break;
-        }
-    }
-    return entries;
 }
 
 std::string formatStringMap(const std::map<std::string, std::string>& entries) {

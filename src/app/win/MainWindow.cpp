@@ -81,7 +81,7 @@ int MainWindow::run(int showCommand) {
 
 void MainWindow::refresh() {
     setStatus(L"Loading library...");
-    startUiJob<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(searchText()));
+    startUiJob<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(narrow(hwndText(search_))));
 }
 
 HWND MainWindow::childWindow(ChildKind kind) const noexcept {
@@ -211,15 +211,12 @@ void MainWindow::onClose() {
 
 void MainWindow::onDestroy() {
     KillTimer(hwnd_, kSearchTimerId);
-    trackingState_ = 0;
-    trackedKey_.clear();
     trayIcon_.remove();
     SendMessageW(hwnd_, WM_SETICON, ICON_SMALL, 0);
     SendMessageW(hwnd_, WM_SETICON, ICON_BIG, 0);
     smallIcon_.reset();
     largeIcon_.reset();
     rowIcons_.clear();
-    extraIcon_.reset();
     discardPendingResults();
     // Each file is saved on its own: a failure to write one must not cost the other.
     try {
@@ -246,9 +243,6 @@ void MainWindow::onCommand(int id, int notification) {
     case command::Refresh:
         refresh();
         return;
-    case command::Launch:
-        onActionButton();
-        return;
     case command::Search:
         if (notification == EN_CHANGE) {
             SetTimer(hwnd_, kSearchTimerId, kSearchDebounceMs, nullptr);
@@ -270,20 +264,10 @@ void MainWindow::onCommand(int id, int notification) {
             SetForegroundWindow(open);
         }
         return;
-    case command::AddGame:
-    case command::GameOptions:
     default:
+        // Launch, Add Game and Game Options act once installing, launching and sharing
+        // browser games are part of the client.
         return;
-    }
-}
-
-void MainWindow::onActionButton() {
-    const int row = selectedRow();
-    if (row < 0) {
-        return;
-    }
-    if (trackingState_ != 0 && rows_[static_cast<size_t>(row)].key == trackedKey_) {
-        return; // stopping the tracked game arrives with process tracking
     }
 }
 
@@ -349,15 +333,7 @@ void MainWindow::setStatus(const std::wstring& text) {
 }
 
 std::wstring MainWindow::statusText() const {
-    std::wstring text(static_cast<size_t>(GetWindowTextLengthW(status_)) + 1, L'\0');
-    text.resize(static_cast<size_t>(GetWindowTextW(status_, text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
-std::string MainWindow::searchText() const {
-    std::wstring text(static_cast<size_t>(GetWindowTextLengthW(search_)) + 1, L'\0');
-    text.resize(static_cast<size_t>(GetWindowTextW(search_, text.data(), static_cast<int>(text.size()))));
-    return narrow(text);
+    return hwndText(status_);
 }
 
 } // namespace corvandell::win

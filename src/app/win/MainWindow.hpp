@@ -15,7 +15,6 @@
 #include "app/win/UniqueHandle.hpp"
 #include "app/win/Window.hpp"
 
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -73,9 +72,7 @@ private:
     void showFromTray();
     void showTrayMenu();
     void showRowMenu();
-    void onActionButton();
     void setStatus(const std::wstring& text);
-    std::string searchText() const;
 
     int selectedRow() const noexcept;
     void refillList();
@@ -91,7 +88,6 @@ private:
     std::vector<LibraryItem> rows_;
     std::map<std::string, UniqueIcon> rowIcons_;
 
-    HWND tooltip_ = nullptr;
     HWND list_ = nullptr;
     HWND details_ = nullptr;
     HWND search_ = nullptr;
@@ -103,16 +99,8 @@ private:
     TrayIcon trayIcon_;
     UniqueIcon smallIcon_;
     UniqueIcon largeIcon_;
-    UniqueIcon extraIcon_;
     bool balloonShown_ = false;
     int balloonsShown_ = 0;
-
-    // Tracking of the one running game.
-    int trackingState_ = 0; // 0 none, 1 launching, 2 running
-    std::string trackedKey_;
-    std::uint32_t launchToken_ = 0;
-
-    std::wstring playtimeText_;
 };
 
 } // namespace corvandell::win

@@ -69,10 +69,10 @@ UniqueFont createUiFont() {
 
 void MainWindow::createControls() {
     font_ = createUiFont();
-    tooltip_ =
+    HWND tooltip =
         CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
                         CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, hwnd_, nullptr, instance_, nullptr);
-    SendMessageW(tooltip_, TTM_SETMAXTIPWIDTH, 0, 360);
+    SendMessageW(tooltip, TTM_SETMAXTIPWIDTH, 0, 360);
 
     auto makeChild = [this](const wchar_t* className, const wchar_t* text, DWORD style, int id) {
         HWND child = CreateWindowExW(0, className, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, hwnd_,
@@ -94,7 +94,7 @@ void MainWindow::createControls() {
         tool.hwnd = hwnd_;
         tool.uId = reinterpret_cast<UINT_PTR>(button);
         tool.lpszText = const_cast<wchar_t*>(toolbarButton.tooltip);
-        SendMessageW(tooltip_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+        SendMessageW(tooltip, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     }
 
     list_ = makeChild(WC_LISTVIEWW, L"",

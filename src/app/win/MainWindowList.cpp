@@ -99,16 +99,6 @@ LRESULT MainWindow::onNotify(const NMHDR& header) {
     case LVN_ITEMCHANGED:
         fillDetails();
         return 0;
-    case NM_DBLCLK: {
-        const auto& activate = reinterpret_cast<const NMITEMACTIVATE&>(header);
-        if (activate.iItem < 0 || static_cast<size_t>(activate.iItem) >= rows_.size()) {
-            return 0;
-        }
-        if (trackingState_ != 0 && rows_[static_cast<size_t>(activate.iItem)].key == trackedKey_) {
-            return 0; // the running game is not started twice
-        }
-        return 0;
-    }
     case NM_RCLICK:
         showRowMenu();
         return 0;

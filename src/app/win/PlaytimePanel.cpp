@@ -2,12 +2,10 @@
 
 #include <windowsx.h>
 
-#include "app/StarShape.hpp"
 #include "app/win/PlaytimePanel.hpp"
+#include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
 #include "app/win/UniqueHandle.hpp"
-
-#include <array>
 
 namespace corvandell::win {
 namespace {
@@ -32,19 +30,6 @@ RECT starRect(int index) noexcept {
     const int left = PlaytimePanel::kMargin + index * (PlaytimePanel::kStarSize + PlaytimePanel::kStarGap);
     return {left, PlaytimePanel::kMargin, left + PlaytimePanel::kStarSize,
             PlaytimePanel::kMargin + PlaytimePanel::kStarSize};
-}
-
-void drawStar(HDC dc, const RECT& rect, COLORREF fill, COLORREF outline) {
-    const auto corners = starPolygon(rect.right - rect.left);
-    std::array<POINT, 10> points{};
-    for (size_t i = 0; i < corners.size(); ++i) {
-        points[i] = {rect.left + corners[i].x, rect.top + corners[i].y};
-    }
-    UniqueBrush brush(CreateSolidBrush(fill));
-    UniquePen pen(CreatePen(PS_SOLID, 1, outline));
-    const ScopedSelect selectBrush(dc, brush.get());
-    const ScopedSelect selectPen(dc, pen.get());
-    Polygon(dc, points.data(), static_cast<int>(points.size()));
 }
 
 } // namespace
@@ -82,12 +67,7 @@ void PlaytimePanel::setText(const std::wstring& text) {
 }
 
 std::wstring PlaytimePanel::text() const {
-    if (text_ == nullptr) {
-        return {};
-    }
-    std::wstring value(static_cast<size_t>(GetWindowTextLengthW(text_)) + 1, L'\0');
-    value.resize(static_cast<size_t>(GetWindowTextW(text_, value.data(), static_cast<int>(value.size()))));
-    return value;
+    return text_ == nullptr ? std::wstring() : hwndText(text_);
 }
 
 void PlaytimePanel::setMyStars(int stars) {

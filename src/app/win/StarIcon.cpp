@@ -1,4 +1,3 @@
-
 #include <windows.h>
 
 #include "app/StarShape.hpp"
@@ -9,24 +8,26 @@
 namespace corvandell::win {
 namespace {
 
-void drawStar(HDC dc, int side, COLORREF fill, COLORREF background) {
-    RECT all{0, 0, side, side};
-    UniqueBrush backgroundBrush(CreateSolidBrush(background));
-    FillRect(dc, &all, backgroundBrush.get());
+void fillSquare(HDC dc, int side, COLORREF colour) {
+    const RECT all{0, 0, side, side};
+    UniqueBrush brush(CreateSolidBrush(colour));
+    FillRect(dc, &all, brush.get());
+}
 
-    const auto corners = starPolygon(side);
+} // namespace
+
+void drawStar(HDC dc, const RECT& bounds, COLORREF fill, COLORREF outline) {
+    const auto corners = starPolygon(bounds.right - bounds.left);
     std::array<POINT, 10> points{};
     for (size_t i = 0; i < corners.size(); ++i) {
-        points[i] = {corners[i].x, corners[i].y};
+        points[i] = {bounds.left + corners[i].x, bounds.top + corners[i].y};
     }
     UniqueBrush brush(CreateSolidBrush(fill));
-    UniquePen pen(CreatePen(PS_SOLID, 1, fill));
+    UniquePen pen(CreatePen(PS_SOLID, 1, outline));
     const ScopedSelect selectBrush(dc, brush.get());
     const ScopedSelect selectPen(dc, pen.get());
     Polygon(dc, points.data(), static_cast<int>(points.size()));
 }
-
-} // namespace
 
 UniqueIcon createStarIcon(int side, COLORREF colour) {
     const ScopedWindowDc screen(nullptr);
@@ -38,11 +39,13 @@ UniqueIcon createStarIcon(int side, COLORREF colour) {
     }
     {
         const ScopedSelect select(dc.get(), colourBitmap.get());
-        drawStar(dc.get(), side, colour, RGB(0, 0, 0));
+        fillSquare(dc.get(), side, RGB(0, 0, 0));
+        drawStar(dc.get(), {0, 0, side, side}, colour, colour);
     }
     {
         const ScopedSelect select(dc.get(), maskBitmap.get());
-        drawStar(dc.get(), side, RGB(0, 0, 0), RGB(255, 255, 255));
+        fillSquare(dc.get(), side, RGB(255, 255, 255));
+        drawStar(dc.get(), {0, 0, side, side}, RGB(0, 0, 0), RGB(0, 0, 0));
     }
     ICONINFO info{};
     info.fIcon = TRUE;

@@ -53,20 +53,15 @@ struct KernelHandleTraits {
     static void close(Handle h) noexcept { CloseHandle(h); }
 };
 
-struct RegistryKeyTraits {
-    using Handle = HKEY;
+// Handles whose only empty value is null and that one function closes.
+template <class HandleType, auto closeFunction> struct NullEmptyTraits {
+    using Handle = HandleType;
     static Handle empty() noexcept { return nullptr; }
     static bool isValid(Handle h) noexcept { return h != nullptr; }
-    static void close(Handle h) noexcept { RegCloseKey(h); }
+    static void close(Handle h) noexcept { closeFunction(h); }
 };
 
-struct InternetHandleTraits {
-    using Handle = HINTERNET;
-    static Handle empty() noexcept { return nullptr; }
-    static bool isValid(Handle h) noexcept { return h != nullptr; }
-    static void close(Handle h) noexcept { WinHttpCloseHandle(h); }
-};
-
+// Find handles use INVALID_HANDLE_VALUE for "none".
 struct FindHandleTraits {
     using Handle = HANDLE;
     static Handle empty() noexcept { return INVALID_HANDLE_VALUE; }
@@ -74,45 +69,17 @@ struct FindHandleTraits {
     static void close(Handle h) noexcept { FindClose(h); }
 };
 
-struct IconTraits {
-    using Handle = HICON;
-    static Handle empty() noexcept { return nullptr; }
-    static bool isValid(Handle h) noexcept { return h != nullptr; }
-    static void close(Handle h) noexcept { DestroyIcon(h); }
-};
-
-struct MenuTraits {
-    using Handle = HMENU;
-    static Handle empty() noexcept { return nullptr; }
-    static bool isValid(Handle h) noexcept { return h != nullptr; }
-    static void close(Handle h) noexcept { DestroyMenu(h); }
-};
-
-template <class Object> struct GdiObjectTraits {
-    using Handle = Object;
-    static Handle empty() noexcept { return nullptr; }
-    static bool isValid(Handle h) noexcept { return h != nullptr; }
-    static void close(Handle h) noexcept { DeleteObject(h); }
-};
-
-struct MemoryDcTraits {
-    using Handle = HDC;
-    static Handle empty() noexcept { return nullptr; }
-    static bool isValid(Handle h) noexcept { return h != nullptr; }
-    static void close(Handle h) noexcept { DeleteDC(h); }
-};
-
 using UniqueKernelHandle = UniqueHandle<KernelHandleTraits>;
-using UniqueRegistryKey = UniqueHandle<RegistryKeyTraits>;
-using UniqueInternetHandle = UniqueHandle<InternetHandleTraits>;
 using UniqueFindHandle = UniqueHandle<FindHandleTraits>;
-using UniqueIcon = UniqueHandle<IconTraits>;
-using UniqueMenu = UniqueHandle<MenuTraits>;
-using UniqueBrush = UniqueHandle<GdiObjectTraits<HBRUSH>>;
-using UniquePen = UniqueHandle<GdiObjectTraits<HPEN>>;
-using UniqueFont = UniqueHandle<GdiObjectTraits<HFONT>>;
-using UniqueBitmap = UniqueHandle<GdiObjectTraits<HBITMAP>>;
-using UniqueMemoryDc = UniqueHandle<MemoryDcTraits>;
+using UniqueRegistryKey = UniqueHandle<NullEmptyTraits<HKEY, &RegCloseKey>>;
+using UniqueInternetHandle = UniqueHandle<NullEmptyTraits<HINTERNET, &WinHttpCloseHandle>>;
+using UniqueIcon = UniqueHandle<NullEmptyTraits<HICON, &DestroyIcon>>;
+using UniqueMenu = UniqueHandle<NullEmptyTraits<HMENU, &DestroyMenu>>;
+using UniqueBrush = UniqueHandle<NullEmptyTraits<HBRUSH, &DeleteObject>>;
+using UniquePen = UniqueHandle<NullEmptyTraits<HPEN, &DeleteObject>>;
+using UniqueFont = UniqueHandle<NullEmptyTraits<HFONT, &DeleteObject>>;
+using UniqueBitmap = UniqueHandle<NullEmptyTraits<HBITMAP, &DeleteObject>>;
+using UniqueMemoryDc = UniqueHandle<NullEmptyTraits<HDC, &DeleteDC>>;
 
 // A window DC from GetDC, released to its window.
 class ScopedWindowDc {

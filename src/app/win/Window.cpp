@@ -1,4 +1,3 @@
-
 #include <windows.h>
 
 #include "app/win/Window.hpp"
@@ -24,6 +23,12 @@ LRESULT CALLBACK Window::windowProcedure(HWND hwnd, UINT message, WPARAM wParam,
         window->hwnd_ = nullptr;
     }
     return result;
+}
+
+std::wstring hwndText(HWND hwnd) {
+    std::wstring text(static_cast<size_t>(GetWindowTextLengthW(hwnd)) + 1, L'\0');
+    text.resize(static_cast<size_t>(GetWindowTextW(hwnd, text.data(), static_cast<int>(text.size()))));
+    return text;
 }
 
 } // namespace corvandell::win

@@ -8,6 +8,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 namespace corvandell::win {
 
 class Window {
@@ -26,5 +28,8 @@ protected:
 
     HWND hwnd_ = nullptr;
 };
+
+// A window's whole text (a control's caption or contents).
+std::wstring hwndText(HWND hwnd);
 
 } // namespace corvandell::win

@@ -1,4 +1,3 @@
-
 #include <windows.h>
 
 #include "app/win/PlaytimePanel.hpp"
