@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <vector>
 
 namespace corvandell {
@@ -39,15 +38,6 @@ TEST(DataPaths, FoldersFollowTheFirstVariableThatIsSetAndNotEmpty) {
     }
 }
 
-TEST(DataPaths, Utf8HelpersKeepNonAsciiNamesIntact) {
-    const std::string utf8 = "Spiele/M\xC3\xBC"
-                             "ller/\xE6\x97\xA5\xE6\x9C\xAC";
-    const fs::path path = pathFromUtf8(utf8);
-    EXPECT_EQ(path, fs::path(u8"Spiele/M\u00fcller/\u65e5\u672c"));
-    EXPECT_EQ(pathToUtf8(path), utf8);
-    EXPECT_EQ(skinsFolder(path), path / "skins");
-}
-
 TEST(DataPaths, EnsureDataFolderCreatesParentsAndReportsABlockedPath) {
     const test::TempFolder temp;
     const fs::path nested = temp.path() / "a" / "b" / "Corvandell";
@@ -58,17 +48,6 @@ TEST(DataPaths, EnsureDataFolderCreatesParentsAndReportsABlockedPath) {
     const fs::path file = temp.writeFile("plain-file", "x");
     EXPECT_THROW(ensureDataFolder(file / "Corvandell"), fs::filesystem_error);
 }
-
-#ifndef _WIN32
-TEST(DataPaths, StdEnvironmentTreatsAnEmptyVariableAsUnset) {
-    ::setenv("CORVANDELL_TEST_FOLDER", "/tmp/x", 1);
-    EXPECT_EQ(StdEnvironment().folderVariable("CORVANDELL_TEST_FOLDER"), fs::path("/tmp/x"));
-    ::setenv("CORVANDELL_TEST_FOLDER", "", 1);
-    EXPECT_EQ(StdEnvironment().folderVariable("CORVANDELL_TEST_FOLDER"), std::nullopt);
-    ::unsetenv("CORVANDELL_TEST_FOLDER");
-    EXPECT_EQ(StdEnvironment().folderVariable("CORVANDELL_TEST_FOLDER"), std::nullopt);
-}
-#endif
 
 } // namespace
 } // namespace corvandell

@@ -60,12 +60,5 @@ TEST(FileStore, FailedWriteThrowsWithoutCreatingAnything) {
     EXPECT_EQ(temp.entryNames(), Names{});
 }
 
-TEST(FileStore, CommitReportsAMissingTemporaryAndLeavesTheTarget) {
-    const test::TempFolder temp;
-    const auto target = temp.writeFile("library.json", "old");
-    EXPECT_FALSE(commitTemporaryFile(temp.path() / ".library.json.tmp-none", target));
-    EXPECT_EQ(test::readTestFile(target), "old");
-}
-
 } // namespace
 } // namespace corvandell

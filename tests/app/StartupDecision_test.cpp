@@ -11,13 +11,8 @@ TEST(StartupDecision, OnlyABearerTokenWithoutARefreshTokenSkipsSignIn) {
         const char* refresh;
         bool signIn;
     };
-    const Case cases[] = {
-        {"", "", true},     // never signed in
-        {"", "r1", true},   // only a refresh token: renew
-        {"b1", "r1", true}, // a session to renew first
-        {"b1", "", false},  // a stored bearer token goes straight in
-    };
-    for (const Case& item : cases) {
+    for (const Case& item :
+         {Case{"", "", true}, Case{"", "r", true}, Case{"b", "r", true}, Case{"b", "", false}}) {
         Settings settings;
         settings.bearerToken = item.bearer;
         settings.refreshToken = item.refresh;

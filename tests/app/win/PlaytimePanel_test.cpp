@@ -18,32 +18,20 @@ TEST(PlaytimePanel, ClickingAStarReportsItsNumber) {
     ASSERT_TRUE(panel.create(parent, 124));
     MoveWindow(panel.hwnd(), 0, 0, 300, 348, FALSE);
 
+    // Stars 1, 3 and 5 by their middles; then past the last star, in the gap after the
+    // first, and in the text area, none of which rates.
     const int step = PlaytimePanel::kStarSize + PlaytimePanel::kStarGap;
     const int middle = PlaytimePanel::kMargin + PlaytimePanel::kStarSize / 2;
-    struct Click {
-        int x;
-        int y;
-        int expected; // 0: no rating
-    };
-    const std::vector<Click> clicks = {
-        {middle, middle, 1},
-        {middle + 2 * step, middle, 3},
-        {middle + 4 * step, middle, 5},
-        {middle + 5 * step, middle, 0},                                     // past the last star
-        {PlaytimePanel::kMargin + PlaytimePanel::kStarSize + 1, middle, 0}, // in the gap
-        {middle, 200, 0},                                                   // in the text area
-    };
-    std::vector<int> expected;
-    for (const Click& click : clicks) {
+    const std::vector<POINT> clicks = {{middle, middle},
+                                       {middle + 2 * step, middle},
+                                       {middle + 4 * step, middle},
+                                       {middle + 5 * step, middle},
+                                       {PlaytimePanel::kMargin + PlaytimePanel::kStarSize + 1, middle},
+                                       {middle, 200}};
+    for (const POINT& click : clicks) {
         SendMessageW(panel.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(click.x, click.y));
-        if (click.expected != 0) {
-            expected.push_back(click.expected);
-        }
     }
-    EXPECT_EQ(rated, expected);
-
-    panel.setText(L"You have played: 2 h");
-    EXPECT_EQ(panel.text(), L"You have played: 2 h");
+    EXPECT_EQ(rated, (std::vector<int>{1, 3, 5}));
     DestroyWindow(parent);
 }
 

@@ -6,34 +6,13 @@
 
 namespace corvandell::test {
 
-bool pumpUntilIdle(int* quitCode) {
-    bool sawQuit = false;
+void pumpUntilIdle() {
     MSG message{};
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (message.message == WM_QUIT) {
-            sawQuit = true;
-            if (quitCode != nullptr) {
-                *quitCode = static_cast<int>(message.wParam);
-            }
-            continue;
+        if (message.message != WM_QUIT) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
         }
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-    return sawQuit;
-}
-
-bool pumpFor(DWORD durationMs, int* quitCode) {
-    bool sawQuit = false;
-    const ULONGLONG end = GetTickCount64() + durationMs;
-    for (;;) {
-        sawQuit = pumpUntilIdle(quitCode) || sawQuit;
-        const ULONGLONG now = GetTickCount64();
-        if (now >= end) {
-            return sawQuit;
-        }
-        MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(end - now), QS_ALLINPUT,
-                                    MWMO_INPUTAVAILABLE);
     }
 }
 

@@ -1,5 +1,5 @@
-// Message pumping for in-process window tests: drain until idle, or keep pumping for a
-// while so timers and posted results arrive.
+// Message pumping for in-process window tests: drain until idle, or keep pumping so that
+// timers and posted results arrive. A WM_QUIT from a destroyed window is dropped.
 #pragma once
 
 #include <windows.h>
@@ -8,14 +8,13 @@
 
 namespace corvandell::test {
 
-// Dispatches every queued message of this thread; WM_QUIT is noted and dropped.
-// Returns true when a WM_QUIT was seen, and its code in `quitCode`.
-bool pumpUntilIdle(int* quitCode = nullptr);
-
-// Pumps for `durationMs`, sleeping in MsgWaitForMultipleObjectsEx between messages.
-bool pumpFor(DWORD durationMs, int* quitCode = nullptr);
+void pumpUntilIdle();
 
 // Pumps until `done` is true or `timeoutMs` passes; returns `done()`.
 bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs);
+
+inline void pumpFor(DWORD durationMs) {
+    pumpUntil([] { return false; }, durationMs);
+}
 
 } // namespace corvandell::test
