@@ -7,7 +7,8 @@ CORVANDELL_PACKAGES=(
     g++-mingw-w64-x86-64-posix
     wine wine64
     xvfb xauth x11-utils xdotool imagemagick
-    python3
+    python3 python3-aiohttp python3-cryptography
+    zlib1g-dev libssl-dev
 )
 
 ensure_packages() {

@@ -1,0 +1,29 @@
+// The shallow clone flow over an abstract transport, so it runs the same natively (on
+// recorded or generated replies) and on Windows (over WinHTTP).
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace corvandell::git {
+
+class GitTransport {
+public:
+    virtual ~GitTransport() = default;
+    // One HTTP exchange: GET when `body` is empty, POST otherwise. Returns the body of a
+    // 2xx reply; throws std::runtime_error with the transport's fixed texts otherwise.
+    virtual std::string request(const std::wstring& path, const std::string& body,
+                                const std::optional<std::wstring>& contentType,
+                                const std::optional<std::wstring>& accept) = 0;
+};
+
+using CloneProgress = std::function<void(const std::wstring&)>;
+
+// Fetches the tip of the default branch of owner/repo and writes its files into
+// `destination`, which is emptied first. Throws std::runtime_error on any failure.
+void shallow_clone(GitTransport& transport, const std::string& owner, const std::string& repo,
+                   const std::filesystem::path& destination, const CloneProgress& progress);
+
+} // namespace corvandell::git

@@ -1,0 +1,23 @@
+// Git pkt-line framing: four hexadecimal length digits, then the payload.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvandell::git {
+
+struct PktLine {
+    std::string payload;
+    bool isFlush = false;
+};
+
+std::string pkt_line_encode(std::string_view payload, bool isFlush = false);
+
+// Reads records from `position` until fewer than four bytes remain; no value on a bad
+// length (non-hex digit, 1-3, or longer than what is left). `position` is advanced.
+std::optional<std::vector<PktLine>> pkt_line_read(std::string_view buffer, std::size_t& position);
+
+} // namespace corvandell::git
