@@ -201,6 +201,28 @@ std::map<std::string, std::string> readStringMap(const std::string& text, std::s
     return entries;
 }
 
+std::vector<std::string> readStringList(const std::string& text, std::string_view key) {
+    std::vector<std::string> items;
+    const auto colon = locateColon(text, key);
+    if (!colon) {
+        return items;
+    }
+    std::size_t pos = skipSpace(text, *colon + 1);
+    if (pos >= text.size() || text[pos] != '[') {
+        return items;
+    }
+    pos = skipSpace(text, pos + 1);
+    while (auto item = readQuotedAt(text, pos)) {
+        items.push_back(std::move(*item));
+        pos = skipSpace(text, pos);
+        if (pos >= text.size() || text[pos] != ',') {
+            break;
+        }
+        pos = skipSpace(text, pos + 1);
+    }
+    return items;
+}
+
 bool readBool(const std::string& text, std::string_view key, bool defaultValue) {
     const auto colon = locateColon(text, key);
     if (!colon) {

@@ -40,6 +40,10 @@ std::vector<std::string> readObjectList(const std::string& text, std::string_vie
 // tokens. Reading stops quietly at anything else, keeping the pairs before it.
 std::map<std::string, std::string> readStringMap(const std::string& text, std::string_view key);
 
+// The strings of the flat array after the key's colon ("tags":["a","b"]); reading stops
+// quietly at anything that is not a string, keeping the strings before it.
+std::vector<std::string> readStringList(const std::string& text, std::string_view key);
+
 // Every top-level {...} slice of the text, string-aware.
 std::vector<std::string> splitObjects(std::string_view text);
 

@@ -5,6 +5,7 @@
 #include "app/win/Messages.hpp"
 #include "app/win/UniqueHandle.hpp"
 #include "support/TempFolder.hpp"
+#include "support/win/ChildProcess.hpp"
 #include "support/win/Screenshot.hpp"
 
 #include <gtest/gtest.h>
@@ -16,9 +17,7 @@ namespace corvandell::win {
 namespace {
 
 std::filesystem::path clientExecutable() {
-    wchar_t self[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    return std::filesystem::path(self).parent_path() / L"corvandell.exe";
+    return test::siblingExecutable(L"corvandell.exe");
 }
 
 // Another test process may show a main window of its own, so match the process too.

@@ -1,0 +1,87 @@
+// The real WinHTTP client against the service stand-in on loopback: what goes over the
+// wire (checked through the stand-in's record of the last request) and every fixed error.
+#include "api/win/WinHttpApiClient.hpp"
+
+#include "api/JsonText.hpp"
+#include "support/win/ServiceStandIn.hpp"
+
+#include <gtest/gtest.h>
+
+namespace corvandell::win {
+namespace {
+
+std::string errorOf(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+class WinHttpApiClientTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_FALSE(serviceBaseUrl().empty()) << "the service fixture is not running"; }
+};
+
+TEST_F(WinHttpApiClientTest, JoinsTheBaseAddressWithExactlyOneSlashWhateverItEndsIn) {
+    Settings settings = signedInSettings("slash");
+    const std::string base = settings.apiBaseUrl;
+    for (const std::string& suffix : {"", "/", "///"}) {
+        settings.apiBaseUrl = base + suffix;
+        EXPECT_EQ(WinHttpApiClient(&settings).getMe().username, "slash") << suffix;
+        EXPECT_EQ(lastReceivedRequest().path, "/api/v1/me") << suffix;
+    }
+}
+
+TEST_F(WinHttpApiClientTest, SendsOnlyTheHeadersThatApply) {
+    Settings settings = signedInSettings("headers");
+    WinHttpApiClient client(&settings);
+
+    client.setNickname("Ann \"A\"");
+    ReceivedRequest received = lastReceivedRequest();
+    EXPECT_EQ(received.method, "PATCH");
+    EXPECT_EQ(received.body, R"({"nickname":"Ann \"A\""})");
+    EXPECT_EQ(readString(received.headers, "Accept"), "application/json");
+    EXPECT_EQ(readString(received.headers, "Authorization"), "Bearer " + settings.bearerToken);
+    EXPECT_EQ(readString(received.headers, "Content-Type"), "application/json");
+
+    const LaunchStart launch = client.startLaunch(client.listSoftware("", "", "", "").at(0).id);
+    received = lastReceivedRequest();
+    EXPECT_EQ(received.method, "POST");
+    EXPECT_EQ(received.body, "");
+    EXPECT_FALSE(hasKey(received.headers, "Content-Type")) << received.headers;
+    EXPECT_FALSE(launch.launchId.empty());
+
+    settings.bearerToken.clear();
+    const std::string refused = errorOf([&] { client.listFriends(); });
+    EXPECT_EQ(refused.rfind("Corvandell API HTTP 401: {", 0), 0u) << refused;
+    EXPECT_FALSE(hasKey(lastReceivedRequest().headers, "Authorization"));
+}
+
+TEST_F(WinHttpApiClientTest, JudgesTheStatusAfterReadingTheBody) {
+    Settings settings = signedInSettings("status");
+    ProbeClient client(&settings);
+
+    scriptNextReply("/api/v1/me/avatar", 204, "");
+    EXPECT_EQ(client.request("GET", "/api/v1/me/avatar", ""), "");
+
+    scriptNextReply("/api/v1/me", 302, "moved", R"({"Location":"http://127.0.0.1:9/elsewhere"})");
+    EXPECT_EQ(errorOf([&] { client.getMe(); }), "Corvandell API HTTP 302: moved");
+
+    scriptNextReply("/api/v1/me/friends", 503, "down for maintenance\r\n");
+    EXPECT_EQ(errorOf([&] { client.listFriends(); }), "Corvandell API HTTP 503: down for maintenance\r\n");
+}
+
+TEST_F(WinHttpApiClientTest, TransportFailuresHaveTheirOwnTexts) {
+    Settings settings;
+    settings.apiBaseUrl = "http://127.0.0.1:1";
+    EXPECT_EQ(errorOf([&] { WinHttpApiClient(&settings).getMe(); }), "HTTP request failed");
+    settings.apiBaseUrl = "127.0.0.1:8080";
+    EXPECT_EQ(errorOf([&] { WinHttpApiClient(&settings).getMe(); }), "Invalid URL");
+    settings.apiBaseUrl = "";
+    EXPECT_EQ(errorOf([&] { WinHttpApiClient(&settings).getMe(); }), "Invalid URL");
+}
+
+} // namespace
+} // namespace corvandell::win

@@ -1,0 +1,59 @@
+#include "support/win/ServiceStandIn.hpp"
+
+#include "api/JsonText.hpp"
+#include "support/TempFolder.hpp"
+#include "support/win/ChildProcess.hpp"
+
+namespace corvandell::win {
+
+namespace {
+
+std::string testRoute(const std::string& method, const std::string& path, const std::string& body) {
+    Settings settings;
+    settings.apiBaseUrl = serviceBaseUrl();
+    settings.bearerToken.clear();
+    return ProbeClient(&settings).request(method, path, body);
+}
+
+} // namespace
+
+std::string serviceBaseUrl() {
+    const auto fixtures = test::fixtureFolder(L"CORVANDELL_TEST_FIXTURES");
+    if (fixtures.empty()) {
+        return {};
+    }
+    return test::readTestFile(fixtures / L"service" / L"url");
+}
+
+Settings signedInSettings(const std::string& username) {
+    Settings settings;
+    settings.apiBaseUrl = serviceBaseUrl();
+    const std::string tokens =
+        testRoute("POST", "/__test/session", "{\"username\":\"" + escapeBodyString(username) + "\"}");
+    settings.bearerToken = readString(tokens, "accessToken");
+    settings.refreshToken = readString(tokens, "refreshToken");
+    settings.username = username;
+    return settings;
+}
+
+ReceivedRequest lastReceivedRequest() {
+    const std::string record = testRoute("GET", "/__test/last-request", "");
+    const std::size_t headersKey = record.find("\"headers\"");
+    const std::size_t open = record.find('{', headersKey == std::string::npos ? record.size() : headersKey);
+    const std::size_t close = record.find('}', open == std::string::npos ? record.size() : open);
+    ReceivedRequest received{readString(record, "method"), readString(record, "path"), "",
+                             readString(record, "body")};
+    if (open != std::string::npos && close != std::string::npos) {
+        received.headers = record.substr(open, close - open + 1);
+    }
+    return received;
+}
+
+void scriptNextReply(const std::string& path, int status, const std::string& body,
+                     const std::string& headersJson) {
+    testRoute("POST", "/__test/reply",
+              "{\"path\":\"" + escapeBodyString(path) + "\",\"status\":" + std::to_string(status) +
+                  ",\"body\":\"" + escapeBodyString(body) + "\",\"headers\":" + headersJson + "}");
+}
+
+} // namespace corvandell::win

@@ -1,0 +1,38 @@
+// Reaching the service stand-in that the test fixture runs on loopback: its address, a
+// signed-in user of its own per test, and what it last received over the wire.
+#pragma once
+
+#include <string>
+
+#include "api/win/WinHttpApiClient.hpp"
+#include "app/Settings.hpp"
+
+namespace corvandell::win {
+
+// Exposes the raw exchange, so tests can also reach the stand-in's test-only routes.
+class ProbeClient : public WinHttpApiClient {
+public:
+    using WinHttpApiClient::request;
+    using WinHttpApiClient::WinHttpApiClient;
+};
+
+struct ReceivedRequest {
+    std::string method;
+    std::string path;
+    std::string headers; // JSON object text of name -> value
+    std::string body;
+};
+
+// The stand-in's base address, from the fixture's files; "" when it is not running.
+std::string serviceBaseUrl();
+
+// Settings pointing at the stand-in and holding a fresh session of `username`.
+Settings signedInSettings(const std::string& username);
+
+ReceivedRequest lastReceivedRequest();
+
+// Makes the stand-in answer the next request to `path` with this status, body and headers.
+void scriptNextReply(const std::string& path, int status, const std::string& body,
+                     const std::string& headersJson = "{}");
+
+} // namespace corvandell::win
