@@ -6,17 +6,6 @@
 
 namespace corvandell::win {
 
-namespace {
-
-std::string testRoute(const std::string& method, const std::string& path, const std::string& body) {
-    Settings settings;
-    settings.apiBaseUrl = serviceBaseUrl();
-    settings.bearerToken.clear();
-    return ProbeClient(&settings).request(method, path, body);
-}
-
-} // namespace
-
 std::string serviceBaseUrl() {
     const auto fixtures = test::fixtureFolder(L"CORVANDELL_TEST_FIXTURES");
     if (fixtures.empty()) {
@@ -25,11 +14,22 @@ std::string serviceBaseUrl() {
     return test::readTestFile(fixtures / L"service" / L"url");
 }
 
+std::string callStandIn(const std::string& method, const std::string& path, const std::string& body) {
+    Settings settings;
+    settings.apiBaseUrl = serviceBaseUrl();
+    settings.bearerToken.clear();
+    return ProbeClient(&settings).request(method, path, body);
+}
+
+void advanceServiceClock(int seconds) {
+    callStandIn("POST", "/__test/clock", "{\"advanceSeconds\":" + std::to_string(seconds) + "}");
+}
+
 Settings signedInSettings(const std::string& username) {
     Settings settings;
     settings.apiBaseUrl = serviceBaseUrl();
     const std::string tokens =
-        testRoute("POST", "/__test/session", "{\"username\":\"" + escapeBodyString(username) + "\"}");
+        callStandIn("POST", "/__test/session", "{\"username\":\"" + escapeBodyString(username) + "\"}");
     settings.bearerToken = readString(tokens, "accessToken");
     settings.refreshToken = readString(tokens, "refreshToken");
     settings.username = username;
@@ -37,7 +37,7 @@ Settings signedInSettings(const std::string& username) {
 }
 
 ReceivedRequest lastReceivedRequest() {
-    const std::string record = testRoute("GET", "/__test/last-request", "");
+    const std::string record = callStandIn("GET", "/__test/last-request", "");
     const std::size_t headersKey = record.find("\"headers\"");
     const std::size_t open = record.find('{', headersKey == std::string::npos ? record.size() : headersKey);
     const std::size_t close = record.find('}', open == std::string::npos ? record.size() : open);
@@ -51,9 +51,9 @@ ReceivedRequest lastReceivedRequest() {
 
 void scriptNextReply(const std::string& path, int status, const std::string& body,
                      const std::string& headersJson) {
-    testRoute("POST", "/__test/reply",
-              "{\"path\":\"" + escapeBodyString(path) + "\",\"status\":" + std::to_string(status) +
-                  ",\"body\":\"" + escapeBodyString(body) + "\",\"headers\":" + headersJson + "}");
+    callStandIn("POST", "/__test/reply",
+                "{\"path\":\"" + escapeBodyString(path) + "\",\"status\":" + std::to_string(status) +
+                    ",\"body\":\"" + escapeBodyString(body) + "\",\"headers\":" + headersJson + "}");
 }
 
 } // namespace corvandell::win

@@ -31,6 +31,12 @@ Settings signedInSettings(const std::string& username);
 
 ReceivedRequest lastReceivedRequest();
 
+// A call to one of the stand-in's own routes (test hooks, pages), without a token.
+std::string callStandIn(const std::string& method, const std::string& path, const std::string& body = "");
+
+// Moves the stand-in's clock on, so sessions last and tokens age without waiting.
+void advanceServiceClock(int seconds);
+
 // Makes the stand-in answer the next request to `path` with this status, body and headers.
 void scriptNextReply(const std::string& path, int status, const std::string& body,
                      const std::string& headersJson = "{}");

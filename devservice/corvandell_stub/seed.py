@@ -1,0 +1,230 @@
+"""Demo data written into an empty store: users, catalogue, builds and social history.
+
+Ids are fixed (UUIDv5 of a readable name) so that documentation, scripts and tests
+can refer to seeded things across runs; times are relative to the moment of seeding
+so the feed and playtime look recent. The demo user "demo" is the one a development
+run signs in as: it owns most of the catalogue, has three friends (alice online and
+playing, bruno always online, chen offline), a pending request from dana, a direct
+and a group conversation, and no GitHub link yet.
+"""
+from __future__ import annotations
+
+import json
+import uuid
+
+from .accounts import create_user
+from .social import befriend
+from .web import Service
+
+NAMESPACE = uuid.UUID("5b0c7e52-3f7a-4d1c-9a55-0c0ffee0c0de")
+DAY = 86400.0
+
+
+def fixed_id(kind: str, name: str) -> str:
+    return str(uuid.uuid5(NAMESPACE, f"{kind}:{name}"))
+
+
+USERS = (  # username, nickname, GitHub login linked at seeding or ""
+    ("demo", "Demo Player", ""),
+    ("alice", "Alice", "alice-codes"),
+    ("bruno", "Bruno", "bruno-makes"),
+    ("chen", "Chen", "chen-plays"),
+    ("dana", "Dana", ""),
+    ("eve", "Eve", ""),
+)
+
+PUBLISHERS = ("lanternworks", "tidal-forge", "papercut-games", "north-arc")
+
+# slug, name, publisher, category, platform, status, tags, free, grant form, transfer, builds (version, days ago)
+TITLES = (
+    ("ember-keep", "Ember Keep", "lanternworks", "RPG", "windows", "released", ["fantasy", "story", "co-op"],
+     False, "url", "length", [("1.2.0", 3), ("1.1.4", 30), ("1.0.0", 90)]),
+    ("starfall-courier", "Starfall Courier", "tidal-forge", "Adventure", "windows", "released",
+     ["space", "delivery", "relaxing"], False, "assets", "chunked", [("2.0.1", 5), ("2.0.0", 20)]),
+    ("gearwhistle-junction", "Gearwhistle Junction", "papercut-games", "Puzzle", "windows", "released",
+     ["trains", "logic"], False, "assets", "length", [("0.9.3", 12)]),
+    ("tidebreaker-rally", "Tidebreaker Rally", "tidal-forge", "Racing", "windows", "early-access",
+     ["boats", "multiplayer"], False, "url", "chunked", [("0.4.0", 2), ("0.3.2", 16)]),
+    ("hollow-lantern", "Hollow Lantern", "lanternworks", "Adventure", "windows", "released",
+     ["horror", "atmospheric"], False, "url", "length", [("1.0.2", 40)]),
+    ("quarry-of-echoes", "Quarry of Echoes", "north-arc", "Strategy", "windows", "beta",
+     ["mining", "base-building"], False, "assets", "chunked", [("0.12.0", 7)]),
+    ("paper-moth", "Paper Moth", "papercut-games", "Platformer", "windows", "released",
+     ["handcrafted", "short"], True, "url", "chunked", [("1.0.1", 60)]),
+    ("orchard-siege", "Orchard Siege", "north-arc", "Strategy", "windows", "released",
+     ["tower-defense", "cozy"], False, "assets", "length", [("1.3.0", 25)]),
+    ("saltmarsh-radio", "Saltmarsh Radio", "tidal-forge", "Simulation", "windows", "early-access",
+     ["music", "management"], False, "url", "length", []),
+    ("copperline-tactics", "Copperline Tactics", "north-arc", "Strategy", "windows", "released",
+     ["turn-based", "tactics"], False, "url", "length", []),
+    ("mirrorbound", "Mirrorbound", "papercut-games", "Puzzle", "web", "released",
+     ["reflections", "browser"], True, "url", "length", []),
+    ("nightshift-diner", "Nightshift Diner", "lanternworks", "Simulation", "windows", "released",
+     ["cooking", "management"], False, "url", "length", []),
+    ("glasswing", "Glasswing", "tidal-forge", "Action", "windows", "coming-soon",
+     ["flight", "arcade"], False, "url", "length", []),
+    ("brass-meridian", "Brass Meridian", "north-arc", "RPG", "linux", "released",
+     ["steampunk", "exploration"], False, "url", "length", []),
+    ("thistle-and-thorn", "Thistle & Thorn", "papercut-games", "Adventure", "windows", "released",
+     ["point-and-click", "fairy-tale"], True, "assets", "chunked", [("1.1.0", 14)]),
+    ("cinder-run", "Cinder Run", "lanternworks", "Action", "windows", "released",
+     ["roguelite", "fast"], False, "assets", "length", [("3.2.5", 1), ("3.2.4", 9)]),
+    ("lumen-drift", "Lumen Drift", "tidal-forge", "Racing", "web", "beta",
+     ["neon", "browser"], True, "url", "length", []),
+    ("vault-of-small-hours", "Vault of Small Hours", "north-arc", "Puzzle", "windows", "released",
+     ["escape-room", "mystery"], False, "url", "length", []),
+    ("frostline-outpost", "Frostline Outpost", "north-arc", "Simulation", "windows", "early-access",
+     ["survival", "crafting"], False, "url", "length", []),
+    ("wavecrest-arena", "Wavecrest Arena", "papercut-games", "Action", "windows", "released",
+     ["pvp", "arena"], False, "url", "length", []),
+)
+
+DESCRIPTIONS = {
+    "RPG": "A story-driven role-playing game with a world that remembers your choices.",
+    "Adventure": "An adventure of small discoveries, odd characters and one long journey.",
+    "Puzzle": "Hand-made puzzles that start gentle and end devious.",
+    "Racing": "Tight, fast racing with tracks that change under your wheels.",
+    "Strategy": "Plan, build and outthink your rivals one careful move at a time.",
+    "Platformer": "A precise platformer with a soft touch and a paper-craft world.",
+    "Simulation": "Run the place your way, one shift at a time.",
+    "Action": "Quick reflexes, bright effects and short, intense runs.",
+}
+
+DEMO_OWNS = ("ember-keep", "starfall-courier", "gearwhistle-junction", "tidebreaker-rally", "hollow-lantern",
+             "cinder-run", "quarry-of-echoes", "orchard-siege")
+DEMO_REVOKED = ("orchard-siege",)
+
+# who, game slug (or external key), minutes, days ago; minutes None = still playing
+SESSIONS = (
+    ("alice", "ember-keep", 95, 1), ("alice", "ember-keep", 40, 3), ("bruno", "ember-keep", 180, 2),
+    ("chen", "ember-keep", 25, 6), ("bruno", "starfall-courier", 60, 4), ("chen", "cinder-run", 75, 1),
+    ("demo", "ember-keep", 130, 5), ("demo", "cinder-run", 20, 2), ("alice", "steam:104900", 50, 2),
+    ("eve", "ember-keep", 300, 1), ("alice", "ember-keep", None, 0),
+)
+
+RATINGS = (  # who, game slug, stars, days ago
+    ("alice", "ember-keep", 5, 2), ("bruno", "ember-keep", 4, 3), ("chen", "ember-keep", 4, 6),
+    ("eve", "ember-keep", 2, 1), ("bruno", "starfall-courier", 5, 4), ("chen", "cinder-run", 3, 1),
+    ("alice", "paper-moth", 4, 8), ("alice", "steam:104900", 5, 2),
+)
+
+EXTERNAL_NAMES = {"steam:104900": "Sky Harbor"}
+
+REPO_GAMES = (  # submitter, owner, repo, display name, launch path, verified
+    ("alice", "alice-codes", "tiny-tower", "Tiny Tower Defense", "index.html", True),
+    ("bruno", "pixel-forge", "orbit-hop", "Orbit Hop", "game/play.html", False),
+    ("chen", "chen-plays", "pixel-garden", "Pixel Garden", "https://chen-plays.github.io/pixel-garden/", True),
+)
+
+
+def user_id(name: str) -> str:
+    return fixed_id("user", name)
+
+
+def software_id(slug: str) -> str:
+    return fixed_id("software", slug)
+
+
+def game_key(name: str) -> str:
+    return name if ":" in name else software_id(name)
+
+
+def seed_catalogue(svc: Service, now: float) -> None:
+    for index, (slug, name, publisher, category, platform, status, tags, free, form, transfer, builds) \
+            in enumerate(TITLES):
+        description = f"{name}: {DESCRIPTIONS[category]}"
+        svc.db.run("INSERT INTO software(id, slug, name, description, publisher_id, category, platform, "
+                   "release_status, tags, is_free, grant_form, transfer, created_at) "
+                   "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                   software_id(slug), slug, name, description, fixed_id("publisher", publisher), category,
+                   platform, status, json.dumps(tags), int(free), form, transfer, now - (400 - index * 15) * DAY)
+        for version, days in builds:
+            build_id = fixed_id("build", f"{slug}@{version}")
+            svc.db.run("INSERT INTO builds(id, software_id, version, channel, created_at) VALUES(?, ?, ?, ?, ?)",
+                       build_id, software_id(slug), version, "stable", now - days * DAY)
+            size = 40_000 + (index * 7919) % 200_000
+            assets = [(f"{slug}-build", "archive", size)] if form == "url" else \
+                [(f"{slug}-core", "archive", size), (f"{slug}-content", "data", size // 2 + 1234)]
+            for asset_name, asset_type, asset_size in assets:
+                svc.db.run("INSERT INTO assets(build_id, name, type, size_bytes) VALUES(?, ?, ?, ?)",
+                           build_id, asset_name, asset_type, asset_size)
+
+
+def seed_people(svc: Service, now: float) -> None:
+    for name, nickname, github in USERS:
+        create_user(svc, name, f"{name}@corvandell.test", user_id=user_id(name), nickname=nickname,
+                    created_at=now - 300 * DAY)
+        if github:
+            svc.db.run("UPDATE users SET github_login = ?, github_linked_at = ? WHERE id = ?",
+                       github, now - 100 * DAY, user_id(name))
+    svc.db.run("UPDATE users SET always_online = 1 WHERE id = ?", user_id("bruno"))
+    for slug in DEMO_OWNS:
+        svc.db.run("INSERT OR IGNORE INTO entitlements(id, user_id, software_id, is_revoked, source, granted_at) "
+                   "VALUES(?, ?, ?, ?, 'purchase', ?)", fixed_id("entitlement", f"demo:{slug}"), user_id("demo"),
+                   software_id(slug), int(slug in DEMO_REVOKED), now - 200 * DAY)
+    for a, b in (("demo", "alice"), ("demo", "bruno"), ("demo", "chen"), ("alice", "eve"), ("alice", "bruno")):
+        befriend(svc, user_id(a), user_id(b), now - 150 * DAY)
+    svc.db.run("INSERT INTO friend_requests(id, from_user, to_user, status, created_at) VALUES(?, ?, ?, 'pending', ?)",
+               fixed_id("request", "dana>demo"), user_id("dana"), user_id("demo"), now - DAY)
+
+
+def seed_activity(svc: Service, now: float) -> None:
+    for index, (who, game, minutes, days) in enumerate(SESSIONS):
+        provider, _, external = game.partition(":") if ":" in game else (None, "", None)
+        start = now - days * DAY - (minutes or 30) * 60 - 3600
+        end = None if minutes is None else start + minutes * 60
+        name = EXTERNAL_NAMES[game] if provider else next(t[1] for t in TITLES if t[0] == game)
+        svc.db.run("INSERT INTO sessions(id, user_id, game_key, software_id, provider, external_id, name, started_at, "
+                   "ended_at) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)", fixed_id("session", str(index)), user_id(who),
+                   game_key(game), None if provider else software_id(game), provider, external or None,
+                   name, start, end)
+    for who, game, stars, days in RATINGS:
+        svc.db.run("INSERT INTO ratings(user_id, game_key, stars, rated_at) VALUES(?, ?, ?, ?)",
+                   user_id(who), game_key(game), stars, now - days * DAY)
+
+
+def seed_chat(svc: Service, now: float) -> None:
+    chats = (
+        ("direct", "", ["demo", "alice"], [("alice", "Are you up for Ember Keep tonight?"),
+                                           ("demo", "Sure, after dinner."), ("alice", "oops, wrong chat")]),
+        ("group", "Weekend raid", ["demo", "alice", "bruno"], [("bruno", "Saturday 8pm?"),
+                                                                ("alice", "Works for me."), ("demo", "I'm in.")]),
+    )
+    for kind, name, members, messages in chats:
+        conversation_id = fixed_id("conversation", name or "|".join(members))
+        direct_key = "|".join(sorted(user_id(m) for m in members)) if kind == "direct" else None
+        svc.db.run("INSERT INTO conversations(id, type, name, direct_key, created_by, created_at) "
+                   "VALUES(?, ?, ?, ?, ?, ?)", conversation_id, kind, name, direct_key, user_id(members[0]),
+                   now - 10 * DAY)
+        for member in members:
+            svc.db.run("INSERT INTO conversation_members(conversation_id, user_id) VALUES(?, ?)",
+                       conversation_id, user_id(member))
+        for index, (sender, content) in enumerate(messages):
+            svc.db.run("INSERT INTO messages(id, conversation_id, sender_id, content, sent_at) VALUES(?, ?, ?, ?, ?)",
+                       fixed_id("message", f"{conversation_id}:{index}"), conversation_id, user_id(sender), content,
+                       now - 2 * DAY + index * 60)
+    svc.db.run("UPDATE messages SET is_deleted = 1, content = '' WHERE id = ?",
+               fixed_id("message", f"{fixed_id('conversation', 'demo|alice')}:2"))
+
+
+def seed_repo_games(svc: Service, now: float) -> None:
+    for index, (who, owner, repo, name, launch, verified) in enumerate(REPO_GAMES):
+        svc.db.run("INSERT INTO repo_games(id, owner_login, repo_name, repo_url, display_name, launch_path, "
+                   "submitted_by, is_verified_owner, created_at) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                   fixed_id("repo-game", f"{owner}/{repo}"), owner, repo, f"https://github.com/{owner}/{repo}",
+                   name, launch, user_id(who), int(verified), now - (30 - index) * DAY)
+
+
+def seed_if_empty(svc: Service) -> bool:
+    """Fills a new store once; an existing store is left exactly as it was."""
+    if svc.db.scalar("SELECT value FROM meta WHERE key = 'seeded'"):
+        return False
+    now = svc.clock.now()
+    with svc.db.transaction():
+        seed_catalogue(svc, now)  # first, so new users get the free titles
+        seed_people(svc, now)
+        seed_activity(svc, now)
+        seed_chat(svc, now)
+        seed_repo_games(svc, now)
+        svc.db.run("INSERT INTO meta(key, value) VALUES('seeded', ?)", svc.clock.iso(now))
+    return True

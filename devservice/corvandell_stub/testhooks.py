@@ -1,0 +1,114 @@
+"""Routes under /__test/ that let the Windows tests steer and observe the stand-in.
+
+They exist only with --test-hooks. The recorder keeps the last non-hook request exactly
+as it arrived (raw path with query, headers, body text) so a test can check what the
+client sent; scripted replies let a test make the next request to a path answer with
+any status, headers and body, for cases the real service produces rarely (204 with no
+body, a redirect, a 500).
+"""
+from __future__ import annotations
+
+from typing import Any
+
+from aiohttp import web
+
+from .accounts import create_user, issue_tokens, user_by_name_or_email
+from .keyauth import read_outbox
+from .web import ApiError, Handler, Service, body_of, ctx, listing, reply, text_field
+
+HOOK_PREFIX = "/__test/"
+
+
+def record(svc: Service, request: web.Request, body: bytes) -> None:
+    headers: dict[str, str] = {}
+    for name, value in request.headers.items():
+        headers[name] = f"{headers[name]}, {value}" if name in headers else value
+    svc.last_request = {
+        "method": request.method,
+        "path": request.raw_path,
+        "headers": headers,
+        "body": body.decode("utf-8", errors="replace"),
+    }
+
+
+def take_scripted(svc: Service, request: web.Request) -> dict[str, Any] | None:
+    for index, scripted in enumerate(svc.scripted_replies):
+        wanted_path = scripted["path"]
+        actual = request.raw_path if "?" in wanted_path else request.raw_path.split("?", 1)[0]
+        if actual == wanted_path and scripted["method"] in ("", request.method):
+            scripted["times"] -= 1
+            if scripted["times"] <= 0:
+                del svc.scripted_replies[index]
+            return scripted
+    return None
+
+
+@web.middleware
+async def recorder(request: web.Request, handler: Handler) -> web.StreamResponse:
+    svc = ctx(request)
+    if request.path.startswith(HOOK_PREFIX):
+        return await handler(request)
+    record(svc, request, await request.read())
+    scripted = take_scripted(svc, request)
+    if scripted is None:
+        return await handler(request)
+    status = scripted["status"]
+    body = None if status in (204, 304) else scripted["body"].encode("utf-8")
+    return web.Response(status=status, body=body, headers=scripted["headers"])
+
+
+async def session(request: web.Request) -> web.Response:
+    svc = ctx(request)
+    username = text_field(await body_of(request), "username", max_len=32).strip()
+    user = user_by_name_or_email(svc, username) or create_user(svc, username, f"{username.lower()}@corvandell.test")
+    return reply({**issue_tokens(svc, user["id"]), "username": user["username"], "email": user["email"]})
+
+
+async def last_request(request: web.Request) -> web.Response:
+    svc = ctx(request)
+    if svc.last_request is None:
+        raise ApiError(404, "no_request", "No request has been received yet.")
+    return reply(svc.last_request)
+
+
+async def script_reply(request: web.Request) -> web.Response:
+    svc = ctx(request)
+    body = await body_of(request)
+    path = text_field(body, "path", max_len=2000)
+    status = body.get("status", 200)
+    headers = body.get("headers", {})
+    times = body.get("times", 1)
+    if not isinstance(status, int) or not 100 <= status <= 599:
+        raise ApiError(400, "invalid_field", "'status' must be an HTTP status code.")
+    if not isinstance(headers, dict) or not all(isinstance(v, str) for v in headers.values()):
+        raise ApiError(400, "invalid_field", "'headers' must map names to strings.")
+    if not isinstance(times, int) or times < 1:
+        raise ApiError(400, "invalid_field", "'times' must be a positive whole number.")
+    scripted = {"path": path, "method": text_field(body, "method", required=False).upper(), "status": status,
+                "body": text_field(body, "body", required=False, max_len=1 << 20), "headers": headers,
+                "times": times}
+    svc.scripted_replies.append(scripted)
+    return reply({**scripted, "pending": len(svc.scripted_replies)}, status=201)
+
+
+async def advance_clock(request: web.Request) -> web.Response:
+    svc = ctx(request)
+    seconds = (await body_of(request)).get("advanceSeconds")
+    if isinstance(seconds, bool) or not isinstance(seconds, (int, float)) or seconds < 0:
+        raise ApiError(400, "invalid_field", "'advanceSeconds' must be a number of seconds, not negative.")
+    svc.clock.offset_seconds += seconds
+    return reply({"now": svc.clock.iso(svc.clock.now()), "offsetSeconds": svc.clock.offset_seconds})
+
+
+async def outbox(request: web.Request) -> web.Response:
+    return listing(read_outbox(ctx(request)))
+
+
+def routes() -> list[web.RouteDef]:
+    return [
+        web.post(HOOK_PREFIX + "session", session),
+        web.get(HOOK_PREFIX + "last-request", last_request),
+        web.post(HOOK_PREFIX + "reply", script_reply),
+        web.post(HOOK_PREFIX + "clock", advance_clock),
+        web.get(HOOK_PREFIX + "outbox", outbox),
+    ]
