@@ -87,6 +87,13 @@ std::wstring locationHeader(HINTERNET request) {
     return std::wstring(text.data(), bytes / sizeof(wchar_t));
 }
 
+// Redirects are never followed: WinHTTP would resend the bearer token to wherever the
+// Location points, and every 3xx is to reach the caller as an error with its body anyway.
+void disableRedirects(HINTERNET request) {
+    DWORD disable = WINHTTP_DISABLE_REDIRECTS;
+    WinHttpSetOption(request, WINHTTP_OPTION_DISABLE_FEATURE, &disable, sizeof(disable));
+}
+
 } // namespace
 
 SplitUrl splitUrl(const std::wstring& url) {
@@ -117,6 +124,7 @@ SplitUrl splitUrl(const std::wstring& url) {
 std::string WinHttpApiClient::request(const std::string& method, const std::string& path,
                                       const std::string& body) {
     const OpenExchange exchange = openExchange(fullUrl(*settings_, path), widen(method));
+    disableRedirects(exchange.request.get());
     sendAndReceive(exchange.request.get(), requestHeaders(*settings_, !body.empty()), body);
     const DWORD status = replyStatusCode(exchange.request.get());
     std::string reply = readReplyBody(exchange.request.get());
@@ -128,8 +136,7 @@ std::string WinHttpApiClient::request(const std::string& method, const std::stri
 
 std::string WinHttpApiClient::requestRedirectLocation(const std::string& path) {
     const OpenExchange exchange = openExchange(fullUrl(*settings_, path), L"GET");
-    DWORD disable = WINHTTP_DISABLE_REDIRECTS;
-    WinHttpSetOption(exchange.request.get(), WINHTTP_OPTION_DISABLE_FEATURE, &disable, sizeof(disable));
+    disableRedirects(exchange.request.get());
     sendAndReceive(exchange.request.get(), requestHeaders(*settings_, false), {});
     std::wstring location = locationHeader(exchange.request.get());
     const DWORD status = replyStatusCode(exchange.request.get());

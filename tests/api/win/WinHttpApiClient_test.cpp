@@ -27,7 +27,7 @@ protected:
 TEST_F(WinHttpApiClientTest, JoinsTheBaseAddressWithExactlyOneSlashWhateverItEndsIn) {
     Settings settings = signedInSettings("slash");
     const std::string base = settings.apiBaseUrl;
-    for (const std::string& suffix : {"", "/", "///"}) {
+    for (const char* suffix : {"", "/", "///"}) {
         settings.apiBaseUrl = base + suffix;
         EXPECT_EQ(WinHttpApiClient(&settings).getMe().username, "slash") << suffix;
         EXPECT_EQ(lastReceivedRequest().path, "/api/v1/me") << suffix;
@@ -66,6 +66,7 @@ TEST_F(WinHttpApiClientTest, JudgesTheStatusAfterReadingTheBody) {
     scriptNextReply("/api/v1/me/avatar", 204, "");
     EXPECT_EQ(client.request("GET", "/api/v1/me/avatar", ""), "");
 
+    // Never followed, so the token never travels to wherever the redirect points.
     scriptNextReply("/api/v1/me", 302, "moved", R"({"Location":"http://127.0.0.1:9/elsewhere"})");
     EXPECT_EQ(errorOf([&] { client.getMe(); }), "Corvandell API HTTP 302: moved");
 

@@ -11,7 +11,11 @@ std::string serviceBaseUrl() {
     if (fixtures.empty()) {
         return {};
     }
-    return test::readTestFile(fixtures / L"service" / L"url");
+    std::string url = test::readTestFile(fixtures / L"service" / L"url");
+    while (!url.empty() && (url.back() == '\n' || url.back() == '\r')) {
+        url.pop_back();
+    }
+    return url;
 }
 
 std::string callStandIn(const std::string& method, const std::string& path, const std::string& body) {

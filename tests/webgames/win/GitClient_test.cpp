@@ -85,8 +85,8 @@ TEST_F(GitClientTest, CommandLineToolPrintsProgressAndFailures) {
     const test::ChildResult success =
         test::runAndCapture(tool + L" player orbit" + destination + host, 60000);
     EXPECT_EQ(success.exitCode, 0u) << success.output;
-    EXPECT_NE(success.output.find("Contacting GitHub...\n"), std::string::npos) << success.output;
-    EXPECT_NE(success.output.find("Clone complete.\n"), std::string::npos) << success.output;
+    EXPECT_NE(success.output.find("Contacting GitHub...\r\n"), std::string::npos) << success.output;
+    EXPECT_NE(success.output.find("Clone complete.\r\n"), std::string::npos) << success.output;
     EXPECT_TRUE(std::filesystem::exists(folder.path() / L"out" / L"index.html"));
 
     const test::ChildResult failure =
