@@ -16,7 +16,9 @@ namespace corvandell::git {
 struct Inflated {
     std::string bytes;
     // Input bytes the stream occupied; a partly used last byte counts as whole. For zlib
-    // this includes the 2-byte header and the 4-byte Adler-32 trailer (never verified).
+    // this includes the 2-byte header and the 4-byte Adler-32 trailer, which is counted but
+    // neither verified nor required: when the input ends inside it, this exceeds the input
+    // size by up to 4.
     std::size_t consumed = 0;
 };
 
@@ -27,7 +29,9 @@ enum class InflateError {
     BadZlibHeader,
     BadBlockType,
     StoredLengthMismatch,
-    BadCodeLengths,
+    BadCodeLengths,     // repeat with nothing to repeat or past the end, too many symbols, no end code
+    OverSubscribedCode, // more codes of some length than the code space holds
+    IncompleteCode,     // unused code space, beyond the single-code cases the format allows
     InvalidSymbol,
     DistanceTooFar,
 };
@@ -38,5 +42,10 @@ std::optional<Inflated> inflate_raw(std::string_view input, std::size_t expected
                                     InflateError* error = nullptr);
 std::optional<Inflated> inflate_zlib(std::string_view input, std::size_t expectedSize,
                                      InflateError* error = nullptr);
+
+// Output bytes reserved before decoding: the hint, but no more than `inputSize` bytes of
+// DEFLATE can expand to (1032 per byte) and no more than 64 MB, beyond which the output
+// grows as it arrives. So a hostile size declaration costs next to nothing.
+std::size_t inflate_reservation(std::size_t inputSize, std::size_t expectedSize);
 
 } // namespace corvandell::git

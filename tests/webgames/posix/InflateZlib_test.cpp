@@ -1,0 +1,153 @@
+// Inflate against zlib, the reference decoder: streams zlib writes at every level and
+// strategy (stored, fixed and dynamic blocks) must decode to the same bytes and occupy
+// exactly the bytes zlib's own inflate consumed; cut and corrupted streams must get the
+// same verdict from both and never read past their buffer (AddressSanitizer watches).
+#include "webgames/Inflate.hpp"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace corvandell::git {
+namespace {
+
+std::string deflate_with_zlib(const std::string& data, int level, int strategy, int windowBits) {
+    z_stream stream{};
+    EXPECT_EQ(deflateInit2(&stream, level, Z_DEFLATED, windowBits, 8, strategy), Z_OK);
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
+    stream.avail_in = static_cast<uInt>(data.size());
+    std::string out(deflateBound(&stream, static_cast<uLong>(data.size())), '\0');
+    for (int status = Z_OK; status == Z_OK;) {
+        if (stream.total_out == out.size()) {
+            out.resize(out.size() * 2);
+        }
+        stream.next_out = reinterpret_cast<Bytef*>(out.data() + stream.total_out);
+        stream.avail_out = static_cast<uInt>(out.size() - stream.total_out);
+        status = deflate(&stream, Z_FINISH);
+        EXPECT_TRUE(status == Z_OK || status == Z_STREAM_END);
+    }
+    out.resize(stream.total_out);
+    deflateEnd(&stream);
+    return out;
+}
+
+// zlib's verdict on a stream followed by unrelated bytes: the output and the bytes it read.
+std::optional<Inflated> inflate_with_zlib(const std::string& input, int windowBits) {
+    z_stream stream{};
+    EXPECT_EQ(inflateInit2(&stream, windowBits), Z_OK);
+    std::string out(1 << 16, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
+    stream.avail_in = static_cast<uInt>(input.size());
+    int status = Z_OK;
+    while (status == Z_OK) {
+        if (stream.total_out == out.size()) {
+            out.resize(out.size() * 2);
+        }
+        stream.next_out = reinterpret_cast<Bytef*>(out.data() + stream.total_out);
+        stream.avail_out = static_cast<uInt>(out.size() - stream.total_out);
+        status = inflate(&stream, Z_NO_FLUSH);
+    }
+    out.resize(stream.total_out);
+    const std::size_t consumed = stream.total_in;
+    inflateEnd(&stream);
+    if (status != Z_STREAM_END) {
+        return std::nullopt;
+    }
+    return Inflated{out, consumed};
+}
+
+std::vector<std::string> sample_data(std::mt19937& random) {
+    std::vector<std::string> samples = {"", "a", std::string(70000, 'z')};
+    std::string noise(100000, '\0');
+    for (char& byte : noise) {
+        byte = static_cast<char>(random());
+    }
+    samples.push_back(noise);
+    std::string text; // words with repeats near and far, like source files
+    const std::vector<std::string> words = {"function ", "return ", "sprite", ".png",  "{\n",
+                                            "}\n",       "var ",    "player", "level", "= ",
+                                            "0x",        "\t",      "audio",  "();\n"};
+    while (text.size() < 250000) {
+        text += words[random() % words.size()];
+        if (random() % 7 == 0) {
+            text += std::to_string(random() % 1000);
+        }
+    }
+    samples.push_back(text);
+    std::string runs; // long runs and short periods, for the overlapping copies
+    while (runs.size() < 60000) {
+        runs += std::string(1 + random() % 300, static_cast<char>('a' + random() % 3));
+        runs += std::string("xyz", 1 + random() % 3);
+    }
+    samples.push_back(runs);
+    return samples;
+}
+
+TEST(InflateZlib, DecodesZlibOutputAtEveryLevelAndStrategyLikeZlib) {
+    std::mt19937 random(20240601);
+    const auto samples = sample_data(random);
+    const int strategies[] = {Z_DEFAULT_STRATEGY, Z_FILTERED, Z_HUFFMAN_ONLY, Z_RLE, Z_FIXED};
+    for (int level = 0; level <= 9; ++level) {
+        for (const int strategy : strategies) {
+            for (std::size_t i = 0; i < samples.size(); ++i) {
+                const std::string& data = samples[i];
+                const int windowBits = 9 + static_cast<int>(random() % 7);
+                const std::string stream =
+                    deflate_with_zlib(data, level, strategy, windowBits) + "next entry";
+                const auto reference = inflate_with_zlib(stream, windowBits);
+                ASSERT_TRUE(reference.has_value());
+                // Exact, too small and absent size hints all end in the same result.
+                const std::size_t hints[] = {data.size(), data.size() / 3, 0};
+                const auto result = inflate_zlib(stream, hints[random() % 3]);
+                const std::string what = "level " + std::to_string(level) + " strategy " +
+                                         std::to_string(strategy) + " sample " + std::to_string(i);
+                ASSERT_TRUE(result.has_value()) << what;
+                EXPECT_TRUE(result->bytes == data) << what;
+                EXPECT_EQ(result->consumed, reference->consumed) << what;
+            }
+        }
+    }
+}
+
+TEST(InflateZlib, CutAndCorruptedStreamsGetZlibsVerdictWithoutReadingOutOfBounds) {
+    std::mt19937 random(77);
+    const int strategies[] = {Z_DEFAULT_STRATEGY, Z_HUFFMAN_ONLY, Z_RLE, Z_FIXED, Z_DEFAULT_STRATEGY};
+    for (int round = 0; round < 40; ++round) {
+        std::string data(random() % 3000, '\0');
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            const bool repeats = i > 20 && random() % 4 != 0;
+            data[i] = repeats ? data[i - 1 - random() % 20] : static_cast<char>('a' + random() % 26);
+        }
+        const std::string raw = deflate_with_zlib(data, round % 10, strategies[round % 5], -15);
+        for (std::size_t length = 0; length < raw.size(); ++length) {
+            // An exact-size heap copy, so any read past the end is an ASan report.
+            const auto cut = std::make_unique<char[]>(length);
+            std::copy(raw.begin(), raw.begin() + static_cast<std::ptrdiff_t>(length), cut.get());
+            EXPECT_FALSE(inflate_raw(std::string_view(cut.get(), length), data.size()).has_value()) << length;
+        }
+        for (int flip = 0; flip < 100; ++flip) {
+            std::string corrupted = raw;
+            for (auto n = 1 + random() % 3; n > 0; --n) {
+                corrupted[random() % corrupted.size()] ^= static_cast<char>(1 << (random() % 8));
+            }
+            const auto exact = std::make_unique<char[]>(corrupted.size());
+            std::copy(corrupted.begin(), corrupted.end(), exact.get());
+            const auto ours = inflate_raw(std::string_view(exact.get(), corrupted.size()), data.size());
+            const auto reference = inflate_with_zlib(corrupted, -15);
+            ASSERT_EQ(ours.has_value(), reference.has_value()) << "round " << round << " flip " << flip;
+            if (ours) {
+                EXPECT_TRUE(ours->bytes == reference->bytes);
+                EXPECT_EQ(ours->consumed, reference->consumed);
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace corvandell::git

@@ -1,0 +1,63 @@
+// Both SHA-1 block paths against sha1sum and git hash-object on random buffers of many
+// lengths, so a fault in either path or in the padding shows against outside tools.
+#include "webgames/Sha1.hpp"
+
+#include "support/TempFolder.hpp"
+#include "support/posix/Command.hpp"
+#include "webgames/Sha1Blocks.hpp"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace corvandell::git {
+namespace {
+
+std::vector<std::string> first_words(const std::string& lines) {
+    std::vector<std::string> words;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        words.push_back(line.substr(0, line.find(' ')));
+    }
+    return words;
+}
+
+TEST(Sha1Reference, BothPathsAgreeWithSha1sumAndGitHashObject) {
+    const auto cpu = sha1_detail::compress_with_cpu_instructions();
+    if (cpu == nullptr) {
+        GTEST_SKIP() << "this CPU has no SHA instructions; only the portable path exists";
+    }
+    test::TempFolder folder;
+    std::mt19937 random(1234);
+    std::vector<std::string> buffers;
+    std::string fileList;
+    for (std::size_t length = 0; length < 2000000; length = length < 300 ? length + 1 : length * 3 / 2 + 7) {
+        std::string bytes(length, '\0');
+        for (char& byte : bytes) {
+            byte = static_cast<char>(random());
+        }
+        fileList += " '" + folder.writeFile(std::to_string(buffers.size()), bytes).string() + "'";
+        buffers.push_back(std::move(bytes));
+    }
+    int exitCode = -1;
+    const auto sums = first_words(test::run_shell("sha1sum" + fileList, exitCode));
+    ASSERT_EQ(exitCode, 0);
+    const auto names = first_words(test::run_shell("git hash-object" + fileList, exitCode));
+    ASSERT_EQ(exitCode, 0);
+    ASSERT_EQ(sums.size(), buffers.size());
+    ASSERT_EQ(names.size(), buffers.size());
+    for (std::size_t i = 0; i < buffers.size(); ++i) {
+        const std::string& bytes = buffers[i];
+        EXPECT_EQ(hex_of(sha1_detail::sha1_with(&sha1_detail::compress_portable, bytes)), sums[i])
+            << bytes.size();
+        EXPECT_EQ(hex_of(sha1_detail::sha1_with(cpu, bytes)), sums[i]) << bytes.size();
+        const std::string header = "blob " + std::to_string(bytes.size()) + '\0';
+        EXPECT_EQ(object_name(header, bytes), names[i]) << bytes.size();
+    }
+}
+
+} // namespace
+} // namespace corvandell::git
