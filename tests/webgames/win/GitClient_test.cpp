@@ -5,6 +5,7 @@
 #include <map>
 
 #include "support/TempFolder.hpp"
+#include "support/ThrownText.hpp"
 #include "support/win/ChildProcess.hpp"
 
 #include <gtest/gtest.h>
@@ -33,12 +34,7 @@ protected:
     }
 
     std::string cloneError(const std::string& repo, const std::filesystem::path& destination) {
-        try {
-            GitClient::shallowClone(hostUrl_, "player", repo, destination, {});
-        } catch (const std::exception& error) {
-            return error.what();
-        }
-        return "no error";
+        return test::thrownText([&] { GitClient::shallowClone(hostUrl_, "player", repo, destination, {}); });
     }
 
     std::filesystem::path state_;

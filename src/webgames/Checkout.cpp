@@ -1,0 +1,104 @@
+// Writes one tree of a decoded pack into a folder as plain files.
+//
+// The walk keeps its own stack of open trees instead of recursing, so a hostile tree
+// nested ten thousand deep (or one that names itself) ends in a clear error rather than a
+// stack overflow on a worker thread's small stack. Entry names pass through
+// is_safe_entry_name first, so nothing is ever written outside the folder; symbolic links
+// and submodules are skipped because the folder only serves plain files to a browser.
+#include "webgames/Checkout.hpp"
+
+#include "app/DataPaths.hpp"
+#include "webgames/GitTree.hpp"
+
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
+
+namespace corvandell::git {
+
+namespace {
+
+constexpr std::size_t kMaxTreeDepth = 10000;
+constexpr std::uint32_t kTypeMask = 0xF000;
+constexpr std::uint32_t kDirectoryType = 0x4000;
+constexpr std::uint32_t kRegularFileType = 0x8000;
+
+using NativeText = std::filesystem::path::string_type;
+
+struct OpenTree {
+    std::vector<TreeEntry> entries;
+    std::size_t next = 0;
+    std::size_t folderLength = 0; // of the shared folder text while this tree is open
+};
+
+const GitObject& find_object(const ObjectSet& objects, const std::string& name, const char* missingText) {
+    const auto found = objects.find(name);
+    if (found == objects.end()) {
+        throw std::runtime_error(missingText);
+    }
+    return found->second;
+}
+
+OpenTree open_tree(const ObjectSet& objects, const std::string& treeName, std::size_t folderLength) {
+    const GitObject& tree = find_object(objects, treeName, "missing tree object in pack");
+    return OpenTree{read_tree(tree.data), 0, folderLength};
+}
+
+void append_component(NativeText& folder, std::string_view name) {
+    if (!folder.empty() && folder.back() != std::filesystem::path::preferred_separator) {
+        folder.push_back(std::filesystem::path::preferred_separator);
+    }
+    folder.append(pathFromUtf8(name).native());
+}
+
+} // namespace
+
+// One folder text grows and shrinks with the walk, so a deep tree costs memory in
+// proportion to its depth rather than to the square of it.
+void checkout_tree(const ObjectSet& objects, const std::string& treeName,
+                   const std::filesystem::path& folder) {
+    NativeText current = folder.native();
+    std::vector<OpenTree> stack;
+    stack.push_back(open_tree(objects, treeName, current.size()));
+    while (!stack.empty()) {
+        OpenTree& tree = stack.back();
+        current.resize(tree.folderLength);
+        if (tree.next == tree.entries.size()) {
+            stack.pop_back();
+            continue;
+        }
+        const TreeEntry& entry = tree.entries[tree.next++];
+        if (!is_safe_entry_name(entry.name)) {
+            continue;
+        }
+        const std::uint32_t type = entry.mode & kTypeMask;
+        if (type == kDirectoryType) {
+            if (stack.size() > kMaxTreeDepth) {
+                throw std::runtime_error("tree nesting too deep");
+            }
+            append_component(current, entry.name);
+            OpenTree child = open_tree(objects, entry.id, current.size());
+            stack.push_back(std::move(child)); // `tree` and `entry` dangle from here on
+        } else if (type == kRegularFileType) {
+            const GitObject& blob = find_object(objects, entry.id, "missing blob object in pack");
+            write_file(std::filesystem::path(current) / pathFromUtf8(entry.name), blob.data);
+        }
+    }
+}
+
+void write_file(const std::filesystem::path& path, std::string_view bytes) {
+    const std::filesystem::path file = path.has_filename() ? path : path.parent_path();
+    std::error_code ignored;
+    std::filesystem::create_directories(file.parent_path(), ignored);
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (out.is_open()) {
+        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        out.close();
+    }
+    if (!out) {
+        throw std::runtime_error("cannot write " + pathToUtf8(path));
+    }
+}
+
+} // namespace corvandell::git
