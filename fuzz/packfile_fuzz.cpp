@@ -1,0 +1,13 @@
+// Fuzzes the whole pack decoder with the real object-name function.
+#include "webgames/Packfile.hpp"
+#include "webgames/Sha1.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view pack(reinterpret_cast<const char*>(data), size);
+    corvandell::git::parse_packfile(pack, corvandell::git::object_name);
+    return 0;
+}
