@@ -1,0 +1,310 @@
+// The git engine benchmark: our inflate, SHA-1, pack decode and checkout side by side with
+// zlib, OpenSSL and the real git, on the pack a depth-1 clone of a game repository gets.
+//
+// Every figure is the best of a few runs in this one process, so both sides see the same
+// machine state; external commands run as children and are timed with wait4, which also
+// gives their peak memory.
+//
+// usage: git-engine-bench <pack> <clone folder> <tip commit> <scratch folder>
+//        git-engine-bench --sha1-portable   (run with OpenSSL's SHA instructions masked)
+#include "webgames/Checkout.hpp"
+#include "webgames/GitTree.hpp"
+#include "webgames/Inflate.hpp"
+#include "webgames/Packfile.hpp"
+#include "webgames/Sha1.hpp"
+#include "webgames/Sha1Blocks.hpp"
+
+#include <openssl/sha.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace corvandell::git;
+
+struct Stream {
+    std::size_t offset = 0;       // where the zlib stream starts in the pack
+    std::size_t declaredSize = 0; // inflated size from the entry header
+    std::size_t compressedSize = 0;
+};
+
+struct ChildRun {
+    double seconds = 0;
+    long maxRssKb = 0;
+    bool isOk = false;
+};
+
+double seconds_since(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double best_seconds(int runs, const std::function<void()>& work) {
+    double best = 1e30;
+    for (int i = 0; i < runs; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        best = std::min(best, seconds_since(start));
+    }
+    return best;
+}
+
+// Runs a program as a child; its exit status and peak resident memory come back. A fresh
+// exec, so the child's memory figure holds nothing of this process.
+ChildRun run_program(const std::vector<std::string>& arguments) {
+    std::vector<char*> argv;
+    for (const auto& argument : arguments) {
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    }
+    argv.push_back(nullptr);
+    const auto start = std::chrono::steady_clock::now();
+    const pid_t pid = fork();
+    if (pid == 0) {
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    int status = 0;
+    rusage usage{};
+    wait4(pid, &status, 0, &usage);
+    return {seconds_since(start), usage.ru_maxrss, WIFEXITED(status) && WEXITSTATUS(status) == 0};
+}
+
+ChildRun best_shell_run(int runs, const std::string& command, const std::function<void()>& before) {
+    ChildRun best{1e30, 0, true};
+    for (int i = 0; i < runs; ++i) {
+        before();
+        const ChildRun run = run_program({"/bin/sh", "-c", command});
+        best.isOk = best.isOk && run.isOk;
+        best.seconds = std::min(best.seconds, run.seconds);
+        best.maxRssKb = std::max(best.maxRssKb, run.maxRssKb);
+    }
+    return best;
+}
+
+std::string read_file(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// Walks the entry headers and lets zlib find where each stream ends.
+std::vector<Stream> find_streams(std::string_view pack) {
+    std::vector<Stream> streams;
+    const auto byte = [&](std::size_t at) { return static_cast<std::uint8_t>(pack[at]); };
+    const std::uint32_t count = (std::uint32_t{byte(8)} << 24) | (std::uint32_t{byte(9)} << 16) |
+                                (std::uint32_t{byte(10)} << 8) | byte(11);
+    std::size_t position = 12;
+    std::string scratch;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const int type = (byte(position) >> 4) & 7;
+        std::size_t size = byte(position) & 15;
+        for (int shift = 4; byte(position++) & 0x80; shift += 7) {
+            size |= static_cast<std::size_t>(byte(position) & 0x7F) << shift;
+        }
+        if (type == 6) {
+            while (byte(position++) & 0x80) {
+            }
+        } else if (type == 7) {
+            position += 20;
+        }
+        z_stream zlib{};
+        inflateInit(&zlib);
+        scratch.resize(size + 1);
+        zlib.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(pack.data() + position));
+        zlib.avail_in = static_cast<uInt>(pack.size() - position);
+        zlib.next_out = reinterpret_cast<Bytef*>(scratch.data());
+        zlib.avail_out = static_cast<uInt>(scratch.size());
+        inflate(&zlib, Z_FINISH);
+        streams.push_back({position, size, zlib.total_in});
+        position += zlib.total_in;
+        inflateEnd(&zlib);
+    }
+    return streams;
+}
+
+void print_ratio(const char* what, double ratio, const char* goal, bool isMet) {
+    std::printf("  %-44s %6.2f   goal %-8s %s\n", what, ratio, goal, isMet ? "met" : "NOT MET");
+}
+
+void bench_inflate(std::string_view pack, const std::vector<Stream>& streams, const char* label) {
+    std::size_t outputBytes = 0;
+    std::size_t inputBytes = 0;
+    for (const auto& stream : streams) {
+        outputBytes += stream.declaredSize;
+        inputBytes += stream.compressedSize;
+    }
+    std::size_t sink = 0;
+    const double ours = best_seconds(5, [&] {
+        for (const auto& stream : streams) {
+            const auto result = inflate_zlib(pack.substr(stream.offset), stream.declaredSize);
+            sink += result ? result->bytes.size() : 0;
+        }
+    });
+    if (sink != outputBytes * 5) {
+        std::printf("our inflate disagrees with the pack's sizes\n");
+        std::exit(1);
+    }
+    const double zlib = best_seconds(5, [&] {
+        z_stream stream{};
+        inflateInit(&stream);
+        for (const auto& entry : streams) {
+            std::string out(entry.declaredSize, '\0');
+            inflateReset(&stream);
+            stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(pack.data() + entry.offset));
+            stream.avail_in = static_cast<uInt>(entry.compressedSize);
+            stream.next_out = reinterpret_cast<Bytef*>(out.data());
+            stream.avail_out = static_cast<uInt>(out.size());
+            inflate(&stream, Z_FINISH);
+            sink += stream.total_out;
+        }
+        inflateEnd(&stream);
+    });
+    const double megabytes = static_cast<double>(outputBytes) / 1e6;
+    std::printf("Inflate, %s: %zu zlib streams, %.1f MB -> %.1f MB\n", label, streams.size(),
+                static_cast<double>(inputBytes) / 1e6, megabytes);
+    std::printf("  ours %8.0f MB/s    zlib %8.0f MB/s\n", megabytes / ours, megabytes / zlib);
+    print_ratio("ours / zlib (speed)", zlib / ours, ">= 1.0", zlib / ours >= 1.0);
+}
+
+void bench_sha1(std::string_view data, sha1_detail::BlockFunction ours, const char* label, double goal) {
+    constexpr int kRounds = 8;
+    Sha1Digest digest{};
+    const double oursSeconds = best_seconds(3, [&] {
+        for (int i = 0; i < kRounds; ++i) {
+            digest = sha1_detail::sha1_with(ours, data);
+        }
+    });
+    unsigned char reference[SHA_DIGEST_LENGTH];
+    const double opensslSeconds = best_seconds(3, [&] {
+        for (int i = 0; i < kRounds; ++i) {
+            SHA1(reinterpret_cast<const unsigned char*>(data.data()), data.size(), reference);
+        }
+    });
+    if (!std::equal(digest.begin(), digest.end(), reference)) {
+        std::printf("our SHA-1 disagrees with OpenSSL\n");
+        std::exit(1);
+    }
+    const double megabytes = static_cast<double>(data.size()) * kRounds / 1e6;
+    std::printf("SHA-1 %s, %.0f MB\n", label, megabytes);
+    std::printf("  ours %8.0f MB/s    OpenSSL %8.0f MB/s\n", megabytes / oursSeconds,
+                megabytes / opensslSeconds);
+    const double ratio = opensslSeconds / oursSeconds;
+    char goalText[16];
+    std::snprintf(goalText, sizeof goalText, ">= %.1f", goal);
+    print_ratio("ours / OpenSSL (speed)", ratio, goalText, ratio >= goal);
+}
+
+std::string index_pack_command(const fs::path& index, const fs::path& packPath) {
+    return "git index-pack --threads=1 -o '" + index.string() + "' '" + packPath.string() + "' >/dev/null";
+}
+
+// Peak memory of children started while this process is still small: Linux carries a
+// process's peak across exec, so a child forked later would report this process's size.
+struct MemoryFigures {
+    long decodeKb = 0;
+    long readOnlyKb = 0;
+    long indexPackKb = 0;
+};
+
+MemoryFigures measure_memory(const fs::path& packPath, const fs::path& scratch) {
+    const fs::path index = scratch / "memory.idx";
+    fs::remove(index);
+    return {run_program({"/proc/self/exe", "--decode-only", packPath.string()}).maxRssKb,
+            run_program({"/proc/self/exe", "--read-only", packPath.string()}).maxRssKb,
+            run_program({"/bin/sh", "-c", index_pack_command(index, packPath)}).maxRssKb};
+}
+
+void bench_decode_and_checkout(const std::string& pack, const fs::path& packPath, const MemoryFigures& memory,
+                               const fs::path& clone, const std::string& tip, const fs::path& scratch) {
+    std::optional<ObjectSet> objects;
+    const double ours = best_seconds(3, [&] { objects = parse_packfile(pack, object_name); });
+    if (!objects || objects->count(tip) == 0) {
+        std::printf("our pack decoder failed on the pack\n");
+        std::exit(1);
+    }
+    const fs::path index = scratch / "bench.idx";
+    const ChildRun git = best_shell_run(3, index_pack_command(index, packPath), [&] { fs::remove(index); });
+    std::printf("Whole-pack decode, %zu objects\n", objects->size());
+    std::printf("  ours %8.3f s        git index-pack --threads=1 %8.3f s\n", ours, git.seconds);
+    std::printf("  peak memory: ours %ld MB (reading the pack alone %ld MB), git index-pack %ld MB\n",
+                memory.decodeKb / 1024, memory.readOnlyKb / 1024, memory.indexPackKb / 1024);
+    print_ratio("ours / git (time)", ours / git.seconds, "<= 0.8", git.isOk && ours / git.seconds <= 0.8);
+
+    const std::string rootTree = root_tree_of(objects->at(tip).data);
+    const fs::path oursFolder = scratch / "checkout-ours";
+    const fs::path gitFolder = scratch / "checkout-git";
+    const double oursCheckout = best_seconds(3, [&] {
+        fs::remove_all(oursFolder);
+        checkout_tree(*objects, rootTree, oursFolder);
+    });
+    const ChildRun gitCheckout = best_shell_run(
+        3, "git -C '" + clone.string() + "' archive " + tip + " | tar -x -C '" + gitFolder.string() + "'",
+        [&] {
+            fs::remove_all(gitFolder);
+            fs::create_directories(gitFolder);
+        });
+    const bool isSame =
+        std::system(("diff -r -q '" + oursFolder.string() + "' '" + gitFolder.string() + "'").c_str()) == 0;
+    std::printf("Checkout of the tip tree (%s git's files)\n", isSame ? "identical to" : "DIFFERENT from");
+    std::printf("  ours %8.3f s        git archive | tar -x %8.3f s   (ours includes removing the previous "
+                "run's files)\n",
+                oursCheckout, gitCheckout.seconds);
+    print_ratio("ours / git (time)", oursCheckout / gitCheckout.seconds, "<= 1.0",
+                isSame && oursCheckout <= gitCheckout.seconds);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // Children for the memory figures: the decode alone, and reading the pack alone.
+    if (argc == 3 && std::string(argv[1]) == "--decode-only") {
+        return parse_packfile(read_file(argv[2]), object_name) ? 0 : 1;
+    }
+    if (argc == 3 && std::string(argv[1]) == "--read-only") {
+        return read_file(argv[2]).empty() ? 1 : 0;
+    }
+    if (argc == 2 && std::string(argv[1]) == "--sha1-portable") {
+        std::string data(64 << 20, '\0');
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            data[i] = static_cast<char>(i * 2654435761u >> 13);
+        }
+        bench_sha1(data, &sha1_detail::compress_portable, "portable path vs OpenSSL without SHA instructions",
+                   0.6);
+        return 0;
+    }
+    if (argc != 5) {
+        std::fprintf(stderr, "usage: %s <pack> <clone folder> <tip> <scratch folder>\n", argv[0]);
+        return 2;
+    }
+    const fs::path packPath = argv[1];
+    const fs::path scratch = argv[4];
+    fs::create_directories(scratch);
+    const MemoryFigures memory = measure_memory(packPath, scratch);
+    const std::string pack = read_file(packPath);
+    std::printf("Pack %s: %.1f MB\n\n", packPath.filename().c_str(), static_cast<double>(pack.size()) / 1e6);
+    const auto streams = find_streams(pack);
+    bench_inflate(pack, streams, "every entry");
+    std::vector<Stream> compressed; // leaves out stored blocks, which are mostly a memcpy
+    std::copy_if(streams.begin(), streams.end(), std::back_inserter(compressed),
+                 [](const Stream& stream) { return stream.compressedSize * 10 < stream.declaredSize * 9; });
+    bench_inflate(pack, compressed, "entries that compress by over 10%");
+    std::printf("\n");
+    bench_sha1(pack, sha1_detail::compress_selected(),
+               sha1_uses_cpu_instructions() ? "(SHA instructions used)" : "(no SHA instructions on this CPU)",
+               0.8);
+    std::printf("\n");
+    bench_decode_and_checkout(pack, packPath, memory, argv[2], argv[3], scratch);
+    return 0;
+}
