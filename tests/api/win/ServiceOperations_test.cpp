@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "api/JsonText.hpp"
+#include "support/ThrownText.hpp"
 #include "support/win/ServiceStandIn.hpp"
 
 #include <gtest/gtest.h>
@@ -16,15 +17,6 @@ namespace {
 constexpr char kPublicKey[] =
     "BD7Xoo7GSO3OXVt+JS9rKq+7RINRFKJLPKqPcQ9kmTvCVxGjTNySKQgLY58Jl3/rfKkezOFkm/6orYXHKyBq3n4=";
 constexpr char kPaperMoth[] = "6c2605c5-4c84-522e-b052-c8337030cd28"; // a free title with a build
-
-std::string errorOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "no error";
-}
 
 bool startsWith(const std::string& text, const std::string& prefix) {
     return text.rfind(prefix, 0) == 0;
@@ -61,7 +53,7 @@ TEST_F(ServiceOperationsTest, AccountTokensProfileAndDeviceKey) {
     const KeyChallenge challenge = client.startKeyChallenge("ECDSA-P256", kPublicKey);
     EXPECT_FALSE(challenge.challengeId.empty());
     EXPECT_TRUE(hasKey(challenge.replyText, "payload")) << challenge.replyText;
-    const std::string refused = errorOf([&] {
+    const std::string refused = test::thrownText([&] {
         client.completeKeyChallenge(challenge.challengeId, "MAYCAQECAQE=", "ECDSA-P256", kPublicKey);
     });
     EXPECT_TRUE(startsWith(refused, "Corvandell API HTTP 401: ")) << refused;
@@ -181,7 +173,9 @@ TEST_F(ServiceOperationsTest, FriendsConversationsMessagesAndVoiceRooms) {
     ben.setVoiceMuted(room.id, true);
     EXPECT_EQ(lastReceivedRequest().body, R"({"muted":true})");
     ben.leaveVoiceRoom(room.id);
-    EXPECT_EQ(errorOf([&] { ben.setVoiceMuted(room.id, false); }).rfind("Corvandell API HTTP 409: ", 0), 0u);
+    EXPECT_EQ(
+        test::thrownText([&] { ben.setVoiceMuted(room.id, false); }).rfind("Corvandell API HTTP 409: ", 0),
+        0u);
 }
 
 TEST_F(ServiceOperationsTest, RepositoryGamesSharingClaimingAndAccountLinking) {
@@ -197,8 +191,8 @@ TEST_F(ServiceOperationsTest, RepositoryGamesSharingClaimingAndAccountLinking) {
     EXPECT_FALSE(shared.isVerifiedOwner);
     EXPECT_EQ(shared.submittedByUsername, "ops-sharer");
 
-    const std::string conflict =
-        errorOf([&] { owner.submitRepositoryGame("github.com/ops-owner-gh/comet", "Comet", "index.html"); });
+    const std::string conflict = test::thrownText(
+        [&] { owner.submitRepositoryGame("github.com/ops-owner-gh/comet", "Comet", "index.html"); });
     EXPECT_TRUE(startsWith(conflict, "Corvandell API HTTP 409: ")) << conflict;
     EXPECT_NE(conflict.find("Already shared by ops-sharer"), std::string::npos) << conflict;
 

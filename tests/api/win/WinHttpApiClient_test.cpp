@@ -3,21 +3,13 @@
 #include "api/win/WinHttpApiClient.hpp"
 
 #include "api/JsonText.hpp"
+#include "support/ThrownText.hpp"
 #include "support/win/ServiceStandIn.hpp"
 
 #include <gtest/gtest.h>
 
 namespace corvandell::win {
 namespace {
-
-std::string errorOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "no error";
-}
 
 class WinHttpApiClientTest : public ::testing::Test {
 protected:
@@ -54,7 +46,7 @@ TEST_F(WinHttpApiClientTest, SendsOnlyTheHeadersThatApply) {
     EXPECT_FALSE(launch.launchId.empty());
 
     settings.bearerToken.clear();
-    const std::string refused = errorOf([&] { client.listFriends(); });
+    const std::string refused = test::thrownText([&] { client.listFriends(); });
     EXPECT_EQ(refused.rfind("Corvandell API HTTP 401: {", 0), 0u) << refused;
     EXPECT_FALSE(hasKey(lastReceivedRequest().headers, "Authorization"));
 }
@@ -68,20 +60,21 @@ TEST_F(WinHttpApiClientTest, JudgesTheStatusAfterReadingTheBody) {
 
     // Never followed, so the token never travels to wherever the redirect points.
     scriptNextReply("/api/v1/me", 302, "moved", R"({"Location":"http://127.0.0.1:9/elsewhere"})");
-    EXPECT_EQ(errorOf([&] { client.getMe(); }), "Corvandell API HTTP 302: moved");
+    EXPECT_EQ(test::thrownText([&] { client.getMe(); }), "Corvandell API HTTP 302: moved");
 
     scriptNextReply("/api/v1/me/friends", 503, "down for maintenance\r\n");
-    EXPECT_EQ(errorOf([&] { client.listFriends(); }), "Corvandell API HTTP 503: down for maintenance\r\n");
+    EXPECT_EQ(test::thrownText([&] { client.listFriends(); }),
+              "Corvandell API HTTP 503: down for maintenance\r\n");
 }
 
 TEST_F(WinHttpApiClientTest, TransportFailuresHaveTheirOwnTexts) {
     Settings settings;
     settings.apiBaseUrl = "http://127.0.0.1:1";
-    EXPECT_EQ(errorOf([&] { WinHttpApiClient(&settings).getMe(); }), "HTTP request failed");
+    EXPECT_EQ(test::thrownText([&] { WinHttpApiClient(&settings).getMe(); }), "HTTP request failed");
     settings.apiBaseUrl = "127.0.0.1:8080";
-    EXPECT_EQ(errorOf([&] { WinHttpApiClient(&settings).getMe(); }), "Invalid URL");
+    EXPECT_EQ(test::thrownText([&] { WinHttpApiClient(&settings).getMe(); }), "Invalid URL");
     settings.apiBaseUrl = "";
-    EXPECT_EQ(errorOf([&] { WinHttpApiClient(&settings).getMe(); }), "Invalid URL");
+    EXPECT_EQ(test::thrownText([&] { WinHttpApiClient(&settings).getMe(); }), "Invalid URL");
 }
 
 } // namespace
