@@ -46,17 +46,5 @@ TEST(GzipCli, ReadsWhatTheRealGzipWrites) {
     EXPECT_EQ(gunzip(first + second + third), "first member\n" + receipt);
 }
 
-TEST(GzipCli, RejectsWhatIsNotExactlyGzipMembers) {
-    test::TempFolder folder;
-    const std::string file = gzip_file(folder, "save.dat", std::string(3000, 's') + "end", "-9");
-    EXPECT_EQ(gunzip(file.substr(0, file.size() - 1)), std::nullopt);
-    EXPECT_EQ(gunzip(file + "\n"), std::nullopt);
-    int exitCode = -1;
-    const std::string tar =
-        test::run_shell("tar -cf - -C '" + folder.path().string() + "' save.dat", exitCode);
-    ASSERT_EQ(exitCode, 0);
-    EXPECT_EQ(gunzip(tar), std::nullopt);
-}
-
 } // namespace
 } // namespace corvandell::git
