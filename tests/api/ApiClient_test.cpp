@@ -1,7 +1,6 @@
 #include "api/ApiClient.hpp"
 
 #include <functional>
-#include <stdexcept>
 
 #include <gtest/gtest.h>
 
@@ -17,13 +16,12 @@ struct Exchange {
 class RecordingClient : public ApiClient {
 public:
     Exchange last;
-    std::string reply = "{}";
 
 protected:
     std::string request(const std::string& method, const std::string& path,
                         const std::string& body) override {
         last = {method, path, body};
-        return reply;
+        return "{}";
     }
     std::string requestRedirectLocation(const std::string& path) override {
         last = {"GET (no redirect)", path, ""};
@@ -192,35 +190,6 @@ TEST(ApiClient, EveryOperationSendsItsMethodPathAndExactBody) {
         EXPECT_EQ(client.last.path, operation.expected.path);
         EXPECT_EQ(client.last.body, operation.expected.body);
     }
-}
-
-TEST(ApiClient, ReturnsTheRawReplyForAvatarsAndTheLocationForAccountLinking) {
-    RecordingClient client;
-    client.reply = std::string("\x89PNG\0\x01", 6);
-    EXPECT_EQ(client.getMyAvatar(), client.reply);
-    EXPECT_EQ(client.getUserAvatar("u1"), client.reply);
-    EXPECT_EQ(client.startRepositoryAccountLink(), "https://example.invalid/authorize");
-}
-
-class FailingClient : public ApiClient {
-protected:
-    std::string request(const std::string&, const std::string&, const std::string&) override {
-        throw std::runtime_error("Corvandell API HTTP 401: {\"error\":\"unauthorized\"}");
-    }
-    std::string requestRedirectLocation(const std::string&) override {
-        throw std::runtime_error("Invalid URL");
-    }
-};
-
-TEST(ApiClient, LetsExchangeErrorsThroughUnchanged) {
-    FailingClient client;
-    try {
-        client.listFriends();
-        FAIL() << "no exception";
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "Corvandell API HTTP 401: {\"error\":\"unauthorized\"}");
-    }
-    EXPECT_THROW(client.startRepositoryAccountLink(), std::runtime_error);
 }
 
 } // namespace
