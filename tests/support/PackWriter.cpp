@@ -15,15 +15,17 @@ void append_big_endian32(std::string& out, std::uint32_t value) {
     }
 }
 
-std::string raw_name(std::string_view hexName) {
-    std::string raw;
-    for (std::size_t index = 0; index + 1 < hexName.size(); index += 2) {
-        raw.push_back(static_cast<char>(std::stoi(std::string(hexName.substr(index, 2)), nullptr, 16)));
-    }
-    return raw;
-}
-
 } // namespace
+
+std::string from_hex(std::string_view hex) {
+    std::string bytes;
+    for (std::size_t index = 0; index + 1 < hex.size(); index += hex[index] == ' ' ? 1 : 2) {
+        if (hex[index] != ' ') {
+            bytes.push_back(static_cast<char>(std::stoi(std::string(hex.substr(index, 2)), nullptr, 16)));
+        }
+    }
+    return bytes;
+}
 
 std::string zlib_stored(std::string_view bytes) {
     const auto length = static_cast<std::uint32_t>(bytes.size());
@@ -51,7 +53,7 @@ std::string delta_varint(std::uint64_t value) {
 }
 
 std::string tree_entry(std::string_view mode, std::string_view name, std::string_view hexName) {
-    return std::string(mode) + " " + std::string(name) + '\0' + raw_name(hexName);
+    return std::string(mode) + " " + std::string(name) + '\0' + from_hex(hexName);
 }
 
 std::string git_object_name(int type, std::string_view content) {
@@ -76,7 +78,7 @@ std::size_t PackWriter::add_offset_delta(std::size_t baseOffset, std::string_vie
 }
 
 std::size_t PackWriter::add_ref_delta(std::string_view baseHexName, std::string_view delta) {
-    return add_raw(7, delta.size(), raw_name(baseHexName) + zlib_stored(delta));
+    return add_raw(7, delta.size(), from_hex(baseHexName) + zlib_stored(delta));
 }
 
 std::size_t PackWriter::add_raw(int type, std::uint64_t declaredSize, std::string_view afterHeader) {

@@ -11,6 +11,8 @@
 
 namespace corvandell::test {
 
+// The bytes of hexadecimal digit pairs; spaces between pairs are skipped.
+std::string from_hex(std::string_view hex);
 // A zlib stream of one stored block (up to 65535 bytes) with its Adler-32.
 std::string zlib_stored(std::string_view bytes);
 // Git's little-endian base-128 number, as in delta headers.

@@ -1,12 +1,14 @@
-// Checkout into a real temp folder from hand-made object sets: what is written, what is
-// skipped, and how missing objects and endless trees end. (Hostile names are checked end
-// to end in the clone tests.)
+// Checkout into a real temp folder from hand-made object sets: the commit and tree readers,
+// the entry names refused on any platform, what is written, what is skipped, and how
+// missing objects and endless trees end. (Hostile names are checked end to end in the
+// clone tests, real trees against the git CLI.)
 #include "webgames/Checkout.hpp"
 
 #include "app/DataPaths.hpp"
 #include "support/PackWriter.hpp"
 #include "support/TempFolder.hpp"
 #include "support/ThrownText.hpp"
+#include "webgames/GitTree.hpp"
 
 #include <gtest/gtest.h>
 
@@ -69,6 +71,40 @@ TEST(Checkout, WriteFileCreatesParentsAndNamesThePathItCannotWrite) {
     EXPECT_EQ(test::readTestFile(temp.path() / "no" / "folder" / "yet.bin"), bytes);
     const auto blocked = temp.writeFile("file", "x") / "below.txt";
     EXPECT_EQ(test::thrownText([&] { write_file(blocked, "y"); }), "cannot write " + pathToUtf8(blocked));
+}
+
+TEST(Checkout, ReadersStopAtMissingOrIncompleteData) {
+    const std::string tree(40, 'e');
+    EXPECT_EQ(root_tree_of("tree " + tree + "\nparent x\n"), tree);
+    EXPECT_EQ(root_tree_of("tree " + tree.substr(1)), "");
+    EXPECT_EQ(root_tree_of("object " + tree + "\ntype commit\n"), "");
+    const std::string entry = tree_entry("40000", "d", tree);
+    const auto entries = read_tree(entry + entry.substr(0, entry.size() - 1));
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_EQ(entries[0].mode, 040000U);
+    EXPECT_EQ(entries[0].id, tree);
+}
+
+TEST(Checkout, RefusesNamesThatEscapeTheFolderOrMeanSomethingElseOnWindows) {
+    const std::vector<std::string> unsafe = {
+        "",       ".",           "..",      ".git",     ".GIT",   ".Git",        "a/b",         "a\\b",
+        "C:x",    "file:stream", "CON",     "con.txt",  "Nul",    "aux.tar.gz",  "PRN",         "Com1.tar.gz",
+        "com9",   "LPT1",        "lpt9.md", "CON .txt", "CONIN$", "conout$.log", "COM\xC2\xB9", "trail.",
+        "trail ", "...",
+    };
+    const std::vector<std::string> safe = {
+        "index.html",  ".gitignore", ".github",     "git",
+        "a b",         "#1",         "console.log", "com10",
+        "com0",        "lpt",        "nul1",        "auxiliary.js",
+        "com\xC2\xB4", "lpt12",      ".hidden",     "\xC3\xA9t\xC3\xA9.png",
+    };
+    EXPECT_FALSE(is_safe_entry_name(std::string("a\0b", 3)));
+    for (const std::string& name : unsafe) {
+        EXPECT_FALSE(is_safe_entry_name(name)) << name;
+    }
+    for (const std::string& name : safe) {
+        EXPECT_TRUE(is_safe_entry_name(name)) << name;
+    }
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -43,9 +43,7 @@ struct ScriptedTransport : GitTransport {
     }
 };
 
-std::string pkt(std::string_view payload) {
-    return pkt_line_encode(payload);
-}
+const auto pkt = [](std::string_view payload) { return pkt_line_encode(payload); };
 
 std::string advertisement(const std::string& tip) {
     return pkt("# service=git-upload-pack\n") + "0000" + pkt(tip + " HEAD" + '\0' + "shallow\n") +
@@ -95,8 +93,8 @@ TEST(GitClone, SendsBothRequestsReportsProgressAndReplacesOnlyTheDestination) {
         {L"/Owner/Repo.git/info/refs?service=git-upload-pack", "", std::nullopt,
          L"application/x-git-upload-pack-advertisement"},
         {L"/Owner/Repo.git/git-upload-pack",
-         pkt("want " + kCommit + " side-band-64k ofs-delta shallow agent=corvandell\n") + pkt("deepen 1\n") +
-             "0000" + pkt("done\n"),
+         "0063want " + kCommit +
+             " side-band-64k ofs-delta shallow agent=corvandell\n000ddeepen 1\n00000009done\n",
          L"application/x-git-upload-pack-request", L"application/x-git-upload-pack-result"},
     };
     EXPECT_EQ(transport.requests, expected);
@@ -107,9 +105,8 @@ TEST(GitClone, SendsBothRequestsReportsProgressAndReplacesOnlyTheDestination) {
 
 TEST(GitClone, EachFailureHasItsTextAndLeavesTheOldCopyAlone) {
     std::string upper = kCommit;
-    for (char& c : upper) {
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    }
+    std::ranges::transform(upper, upper.begin(),
+                           [](char c) { return c >= 'a' ? static_cast<char>(c - 32) : c; });
     const std::string tip = advertisement(kCommit);
     const std::vector<std::tuple<std::string, std::string, std::string>> cases = {
         {"!GitHub returned HTTP 404", "", "GitHub returned HTTP 404"},

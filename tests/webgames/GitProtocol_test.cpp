@@ -1,11 +1,13 @@
-// The smart-HTTP exchanges on hand-made replies: which advertised line is the tip, the exact
-// request bytes, and how the upload-pack reply is unwrapped or refused.
+// The smart-HTTP exchanges on hand-made replies: the pkt-line lengths the reader accepts
+// and refuses, which advertised line is the tip, and how the upload-pack reply is
+// unwrapped or refused. (The request's exact bytes are checked in the clone tests.)
 #include "webgames/GitProtocol.hpp"
 
 #include "webgames/PktLine.hpp"
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -15,8 +17,42 @@ namespace {
 
 const std::string kTip = "0123456789abcdef0123456789abcdef01234567";
 
-std::string pkt(std::string_view payload) {
-    return pkt_line_encode(payload);
+const auto pkt = [](std::string_view payload) { return pkt_line_encode(payload); };
+
+using Records = std::vector<std::pair<std::string, bool>>;
+
+std::optional<Records> read_all(std::string_view buffer, std::size_t position = 0) {
+    const auto lines = pkt_line_read(buffer, position);
+    if (!lines) {
+        return std::nullopt;
+    }
+    Records records;
+    for (const PktLine& line : *lines) {
+        records.emplace_back(line.payload, line.isFlush);
+    }
+    return records;
+}
+
+TEST(GitProtocol, ReadsPktLinesAndRefusesBadLengths) {
+    const std::vector<std::pair<std::string, std::optional<Records>>> cases = {
+        {"001e# service=git-upload-pack\n00000008ref\n",
+         Records{{"# service=git-upload-pack\n", false}, {"", true}, {"ref\n", false}}},
+        {"000AUPPER\n000aLower\n", Records{{"UPPER\n", false}, {"Lower\n", false}}},
+        {"0004", Records{{"", false}}},
+        {"0005x000", Records{{"x", false}}},
+        {"", Records{}},
+        {"0001", std::nullopt},
+        {"0003", std::nullopt},
+        {"0009abc", std::nullopt},
+        {"00g5x", std::nullopt},
+        {"0005x-005y", std::nullopt},
+    };
+    for (const auto& [buffer, expected] : cases) {
+        EXPECT_EQ(read_all(buffer), expected) << buffer;
+    }
+    std::size_t position = 3;
+    ASSERT_EQ(pkt_line_read("xyz0006ab0000", position)->size(), 2U);
+    EXPECT_EQ(position, 13U);
 }
 
 TEST(GitProtocol, TipIsTheFirstRefLineAfterTheServiceHeader) {
@@ -32,12 +68,6 @@ TEST(GitProtocol, TipIsTheFirstRefLineAfterTheServiceHeader) {
     for (const auto& [body, tip] : cases) {
         EXPECT_EQ(tip_from_advertisement(body), tip) << body;
     }
-}
-
-TEST(GitProtocol, RequestWantsTheTipAtDepthOneWithoutHaves) {
-    EXPECT_EQ(upload_pack_request(kTip), "0063want " + kTip +
-                                             " side-band-64k ofs-delta shallow agent=corvandell\n" +
-                                             "000ddeepen 1\n00000009done\n");
 }
 
 TEST(GitProtocol, PackComesFromChannelOneAndServerErrorsAreThrown) {

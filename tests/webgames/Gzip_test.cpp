@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace corvandell::git {
@@ -23,12 +24,7 @@ std::string member(char flags, const std::string& fields = "", const std::string
 
 TEST(Gzip, ReadsEveryHeaderFieldAndRejectsAnythingButWholeMembers) {
     const std::string optionalFields = std::string("\x03\x00xyz", 5) + "level.sav" + '\0' + "receipt" + '\0';
-    struct Case {
-        const char* what;
-        std::string file;
-        std::optional<std::string> expected;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::tuple<const char*, std::string, std::optional<std::string>>> cases = {
         {"plain member", member('\x00'), "hello"},
         {"text, extra, name and comment", member('\x1d', optionalFields), "hello"},
         {"header CRC", member('\x02', "\xa7\x77"), "hello"},
@@ -45,8 +41,8 @@ TEST(Gzip, ReadsEveryHeaderFieldAndRejectsAnythingButWholeMembers) {
         {"not gzip", "hello", std::nullopt},
         {"empty file", "", std::nullopt},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(gunzip(c.file), c.expected) << c.what;
+    for (const auto& [what, file, expected] : cases) {
+        EXPECT_EQ(gunzip(file), expected) << what;
     }
 }
 

@@ -1,14 +1,17 @@
-// Pack decoding on hand-made packs: delta resolution in every base order, and malformed
-// or hostile packs that must yield no value rather than a crash.
+// Pack decoding on hand-made packs: each delta rule and bounds check that keeps a hostile
+// delta in range, delta resolution in every base order, and malformed or hostile packs
+// that must yield no value rather than a crash.
 #include "webgames/Packfile.hpp"
 
 #include "support/PackWriter.hpp"
+#include "webgames/Delta.hpp"
 #include "webgames/Sha1.hpp"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace corvandell::git {
@@ -28,10 +31,13 @@ std::string pack_of(const std::function<void(PackWriter&)>& fill) {
     return writer.finish();
 }
 
+std::string sizes(std::size_t sourceSize, std::size_t targetSize) {
+    return test::delta_varint(sourceSize) + test::delta_varint(targetSize);
+}
+
 // A delta that keeps nothing of its base: the whole target is inserted.
 std::string replacing_delta(std::size_t baseSize, const std::string& target) {
-    return test::delta_varint(baseSize) + test::delta_varint(target.size()) +
-           static_cast<char>(target.size()) + target;
+    return sizes(baseSize, target.size()) + static_cast<char>(target.size()) + target;
 }
 
 // Entry k is a reference delta on entry k + 1: every base comes after its delta.
@@ -44,6 +50,32 @@ std::string forward_chain(int deltas) {
         }
         pack.add(3, content(deltas));
     });
+}
+
+TEST(Packfile, DeltaAppliesCopiesAndInsertsAndRejectsEveryMalformedDelta) {
+    const std::string base = "0123456789";
+    const std::string big(0x10000 + 5, 'b');
+    using Case = std::tuple<const char*, std::string, std::string, std::optional<std::string>>;
+    const std::vector<Case> cases = {
+        {"copy, insert, copy", base, sizes(10, 8) + "\x91\x02\x03" + "\x02xy" + "\x90\x03", "234xy012"},
+        {"all four offset bytes", base, sizes(10, 1) + std::string("\x9F\x09\x00\x00\x00\x01", 6), "9"},
+        {"empty result", "", sizes(0, 0), ""},
+        {"copy size 0 means 65536", big, sizes(big.size(), 0x10000) + "\x80", std::string(0x10000, 'b')},
+        {"source size differs from the base", base, sizes(9, 1) + "\x01x", std::nullopt},
+        {"opcode 0 is reserved", base, sizes(10, 1) + std::string("\x00\x01x", 3), std::nullopt},
+        {"copy past the base", base, sizes(10, 2) + "\x91\x09\x02", std::nullopt},
+        {"copy offset near 2^32", base, sizes(10, 1) + "\x9F\xFF\xFF\xFF\xFF\x01", std::nullopt},
+        {"copy bytes missing", base, sizes(10, 1) + "\x91\x01", std::nullopt},
+        {"insert past the delta", base, sizes(10, 3) + "\x03xy", std::nullopt},
+        {"result shorter than target", base, sizes(10, 3) + "\x02xy", std::nullopt},
+        {"result longer than target", base, sizes(10, 1) + "\x02xy", std::nullopt},
+        {"truncated size number", base, "\x8A", std::nullopt},
+        {"size number wider than 64 bits", base, std::string(10, '\xFF') + "\x01", std::nullopt},
+        {"target the opcodes cannot fill", base, sizes(10, 1ULL << 60) + "\x90\x0A", std::nullopt},
+    };
+    for (const auto& [what, source, delta, expected] : cases) {
+        EXPECT_EQ(apply_delta(source, delta), expected) << what;
+    }
 }
 
 TEST(Packfile, ResolvesDeltasWhereverTheirBaseLies) {

@@ -13,20 +13,8 @@
 namespace corvandell::git {
 namespace {
 
-std::vector<sha1_detail::BlockFunction> block_paths() {
-    std::vector<sha1_detail::BlockFunction> paths = {&sha1_detail::compress_portable};
-    if (const auto cpu = sha1_detail::compress_with_cpu_instructions(); cpu != nullptr) {
-        paths.push_back(cpu);
-    }
-    return paths;
-}
-
 TEST(Sha1, MatchesKnownDigestsOnEveryBlockPath) {
-    struct Case {
-        std::string message;
-        const char* digest;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::pair<std::string, const char*>> cases = {
         {"", "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
         {"abc", "a9993e364706816aba3e25717850c26c9cd0d89d"},
         {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
@@ -36,14 +24,15 @@ TEST(Sha1, MatchesKnownDigestsOnEveryBlockPath) {
         {std::string(56, 'a'), "c2db330f6083854c99d4b5bfb6e8f29f201be699"},
         {std::string(64, 'a'), "0098ba824b5c16427bd7a1122a5a442a25ec644d"},
     };
-    for (const auto path : block_paths()) {
-        for (const auto& c : cases) {
-            EXPECT_EQ(hex_of(sha1_detail::sha1_with(path, c.message)), c.digest)
-                << c.message.size() << " bytes";
-        }
+    std::vector<sha1_detail::BlockFunction> paths = {&sha1_detail::compress_portable};
+    if (const auto cpu = sha1_detail::compress_with_cpu_instructions(); cpu != nullptr) {
+        paths.push_back(cpu);
     }
-    for (const auto& c : cases) {
-        EXPECT_EQ(hex_of(sha1(c.message)), c.digest) << c.message.size() << " bytes";
+    for (const auto& [message, digest] : cases) {
+        for (const auto path : paths) {
+            EXPECT_EQ(hex_of(sha1_detail::sha1_with(path, message)), digest) << message.size() << " bytes";
+        }
+        EXPECT_EQ(hex_of(sha1(message)), digest) << message.size() << " bytes";
     }
 }
 
@@ -65,7 +54,6 @@ TEST(Sha1, PiecewiseUpdatesEqualOneUpdate) {
 TEST(Sha1, NamesObjectsAsGitDoes) {
     EXPECT_EQ(object_name(std::string("blob 0\0", 7), ""), "e69de29bb2d1d6434b8b29ae775ad8c2e48c5391");
     EXPECT_EQ(object_name(std::string("blob 6\0", 7), "hello\n"), "ce013625030ba8dba906f756967f9e9ca394464a");
-    EXPECT_EQ(hex_of(std::string_view("\x00\xff\x10\xab", 4)), "00ff10ab");
 }
 
 } // namespace

@@ -1,7 +1,6 @@
-// A real git repository in a temp folder, driven through the git command line.
-//
-// Every git run gets the same isolated environment (no system or user configuration,
-// fixed names and dates), so the repository's object names do not depend on the machine.
+// A real git repository in a temp folder, driven through the git command line. Every git
+// run gets an isolated environment (no system or user configuration, fixed names and
+// dates), so the repository's object names do not depend on the machine.
 #pragma once
 
 #include "support/TempFolder.hpp"
@@ -21,14 +20,12 @@ public:
     // A folder beside the repository for a test's own output.
     std::filesystem::path scratch(const std::string& name) const;
 
-    // Runs "git " + arguments (shell words) in the repository with `input` on its standard
-    // input and returns its output; throws std::runtime_error when the command fails.
+    // Runs "git " + arguments (shell words) in the repository; throws when git fails.
     std::string git(const std::string& arguments, std::string_view input = {}) const;
     void write(const std::filesystem::path& relative, std::string_view bytes) const;
     void commit(const std::string& message); // stages everything first
 
-    // The regular files ("name" -> bytes) and folders ("name/" -> "") that `git archive`
-    // of the commit extracts to with tar.
+    // What `git archive` of the commit extracts to with tar, keyed as files_under keys it.
     std::map<std::string, std::string> archive(const std::string& commitish) const;
 
 private:
@@ -37,7 +34,7 @@ private:
     int commits_ = 0;
 };
 
-// The regular files and folders under `folder`, keyed as GitRepo::archive keys them;
+// The regular files ("name" -> bytes) and folders ("name/" -> "") under `folder`;
 // symbolic links are left out.
 std::map<std::string, std::string> files_under(const std::filesystem::path& folder);
 
