@@ -10,7 +10,9 @@
 #include "app/DataPaths.hpp"
 #include "webgames/GitTree.hpp"
 
+#include <algorithm>
 #include <fstream>
+#include <map>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -20,6 +22,9 @@ namespace corvandell::git {
 namespace {
 
 constexpr std::size_t kMaxTreeDepth = 10000;
+// A tree may name the same subtree many times over, so a small pack can describe billions
+// of entries; a browser game never comes near this many.
+constexpr std::size_t kMaxEntries = 1000000;
 constexpr std::uint32_t kTypeMask = 0xF000;
 constexpr std::uint32_t kDirectoryType = 0x4000;
 constexpr std::uint32_t kRegularFileType = 0x8000;
@@ -52,12 +57,52 @@ void append_component(NativeText& folder, std::string_view name) {
     folder.append(pathFromUtf8(name).native());
 }
 
+// How many entries the walk would visit, counting a subtree once for every time it is
+// named, saturating just above kMaxEntries. Each distinct tree is read once, so a pack
+// describing billions of files is refused at once and before anything is written. Missing
+// trees and cycles count nothing here: the walk reports them with their own texts.
+std::size_t expanded_entries(const ObjectSet& objects, const std::string& rootName) {
+    constexpr std::size_t kInProgress = static_cast<std::size_t>(-1);
+    std::map<std::string, std::size_t> counts;
+    std::vector<std::pair<std::string, std::vector<TreeEntry>>> pending;
+    const auto enter = [&](const std::string& name) {
+        const auto found = objects.find(name);
+        counts[name] = kInProgress;
+        pending.emplace_back(name, found == objects.end() ? std::vector<TreeEntry>{}
+                                                          : read_tree(found->second.data));
+    };
+    enter(rootName);
+    while (!pending.empty()) {
+        auto& [name, entries] = pending.back();
+        const auto unvisited = std::find_if(entries.begin(), entries.end(), [&](const TreeEntry& entry) {
+            return (entry.mode & kTypeMask) == kDirectoryType && !counts.contains(entry.id);
+        });
+        if (unvisited != entries.end()) {
+            enter(unvisited->id); // invalidates `name` and `entries`
+            continue;
+        }
+        std::size_t total = entries.size();
+        for (const TreeEntry& entry : entries) {
+            const auto child = counts.find(entry.id);
+            if ((entry.mode & kTypeMask) == kDirectoryType && child->second != kInProgress) {
+                total = std::min(total + child->second, kMaxEntries + 1);
+            }
+        }
+        counts[name] = total;
+        pending.pop_back();
+    }
+    return counts[rootName];
+}
+
 } // namespace
 
 // One folder text grows and shrinks with the walk, so a deep tree costs memory in
 // proportion to its depth rather than to the square of it.
 void checkout_tree(const ObjectSet& objects, const std::string& treeName,
                    const std::filesystem::path& folder) {
+    if (expanded_entries(objects, treeName) > kMaxEntries) {
+        throw std::runtime_error("too many files in the repository");
+    }
     NativeText current = folder.native();
     std::vector<OpenTree> stack;
     stack.push_back(open_tree(objects, treeName, current.size()));

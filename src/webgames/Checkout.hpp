@@ -10,7 +10,8 @@
 namespace corvandell::git {
 
 // Throws std::runtime_error: "missing tree object in pack", "missing blob object in pack",
-// "cannot write " + path. Unsafe entry names are skipped, not written.
+// "cannot write " + path, "tree nesting too deep", "too many files in the repository".
+// Unsafe entry names are skipped, not written.
 void checkout_tree(const ObjectSet& objects, const std::string& treeName,
                    const std::filesystem::path& folder);
 

@@ -62,6 +62,18 @@ TEST(Checkout, MissingObjectsAndEndlessNestingThrow) {
     EXPECT_EQ(error_of(objects, loop, temp.path()), "missing tree object in pack");
     EXPECT_EQ(error_of(objects, missingBlob, temp.path()), "missing blob object in pack");
     EXPECT_EQ(test::readTestFile(temp.path() / "a"), "first");
+
+    // Ten folders each naming the level below ten times: 10^10 entries from 11 objects.
+    std::string level = add(objects, 2, "");
+    for (int depth = 0; depth < 10; ++depth) {
+        std::string fanOut;
+        for (char name = '0'; name <= '9'; ++name) {
+            fanOut += tree_entry("40000", std::string(1, name), level);
+        }
+        level = add(objects, 2, fanOut);
+    }
+    EXPECT_EQ(error_of(objects, level, temp.path() / "bomb"), "too many files in the repository");
+    EXPECT_FALSE(std::filesystem::exists(temp.path() / "bomb"));
 }
 
 TEST(Checkout, WriteFileCreatesParentsAndNamesThePathItCannotWrite) {
