@@ -33,6 +33,44 @@ TEST(ServiceReaders, ReadListsUnderItemsOrBareArraysWithEveryField) {
     EXPECT_EQ(friends[0].currentGame, "Moss");
     EXPECT_FALSE(friends[1].online);
 
+    const auto messages = readMessages(
+        R"({"items":[{"id":"m1","senderId":"u2","senderUsername":"kit","sentAt":"2026-11-01T10:00:00Z",)"
+        R"("isDeleted":true,"conversationId":"c1","content":""},{"id":"m2","content":"say \"hi\"\tthere"}],)"
+        R"("hasMore":false})");
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_TRUE(messages[0].isDeleted);
+    EXPECT_EQ(messages[0].sentAt, "2026-11-01T10:00:00Z");
+    EXPECT_EQ(messages[1].content, "say \"hi\"\tthere");
+    EXPECT_EQ(messages[1].senderUsername, "");
+
+    const auto rooms =
+        readVoiceRooms(R"({"items":[{"id":"v1","conversationId":"c1","status":"active","maxParticipants":8,)"
+                       R"("participants":[{"userId":"u2","username":"kit","muted":false}]}]})");
+    ASSERT_EQ(rooms.size(), 1u);
+    EXPECT_EQ(rooms[0].maxParticipants, 8);
+
+    const auto playtimes =
+        readFriendPlaytimes(R"({"items":[{"userId":"u2","username":"kit","minutes":90,"seconds":5400}]})");
+    ASSERT_EQ(playtimes.size(), 1u);
+    EXPECT_EQ(playtimes[0].seconds, 5400);
+
+    const auto feed =
+        readFeed(R"({"items":[{"type":"rate","userId":"u2","username":"kit",)"
+                 R"("timestamp":"2026-11-02T08:00:00Z","minutes":0,"stars":5,"gameKey":"k"}]})");
+    ASSERT_EQ(feed.size(), 1u);
+    EXPECT_EQ(feed[0].type, "rate");
+    EXPECT_EQ(feed[0].stars, 5);
+
+    const auto games =
+        readRepositoryGames(R"([{"id":"g1","repoName":"r"},{"id":"g2","isVerifiedOwner":"maybe"}])");
+    ASSERT_EQ(games.size(), 2u);
+    EXPECT_FALSE(games[1].isVerifiedOwner);
+
+    const LaunchStart launch =
+        readLaunchStart(R"({"launchId":"l1","id":"l1","startTime":"2026-11-02T08:00:00Z"})");
+    EXPECT_EQ(launch.launchId, "l1");
+    EXPECT_EQ(launch.startTime, "2026-11-02T08:00:00Z");
+
     EXPECT_TRUE(readMessages(R"({"items":[]})").empty());
     EXPECT_TRUE(readFeed("not json at all").empty());
 }
