@@ -1,14 +1,9 @@
-"""Runs the real stand-in (the devservice.py entry point) on a free loopback port for a test.
-
-Each server gets its own temporary data folder, so tests never share state with a
-development run. Calls go through http.client, which never follows redirects, so the
-302 replies can be checked as the client sees them.
-"""
+"""The real stand-in on a free loopback port with a data folder of its own, reached through
+http.client, which never follows redirects, so 302 replies are seen as the client sees them."""
 from __future__ import annotations
 
 import http.client
 import json
-import signal
 import subprocess
 import sys
 import tempfile
@@ -19,53 +14,41 @@ from typing import Any
 from urllib.parse import urlsplit
 
 ENTRY_POINT = Path(__file__).resolve().parent.parent / "devservice.py"
-NAMESPACE = uuid.UUID("5b0c7e52-3f7a-4d1c-9a55-0c0ffee0c0de")
 
 
 def seeded_id(kind: str, name: str) -> str:
-    return str(uuid.uuid5(NAMESPACE, f"{kind}:{name}"))
+    return str(uuid.uuid5(uuid.UUID("5b0c7e52-3f7a-4d1c-9a55-0c0ffee0c0de"), f"{kind}:{name}"))
 
 
 class Reply:
-    def __init__(self, status: int, headers: http.client.HTTPMessage, body: bytes) -> None:
-        self.status = status
-        self.headers = headers
-        self.body = body
+    def __init__(self, response: http.client.HTTPResponse) -> None:
+        self.status, self.headers, self.body = response.status, response.headers, response.read()
 
     def json(self) -> Any:
-        return json.loads(self.body.decode("utf-8"))
+        return json.loads(self.body)
 
 
 class Server:
     def __init__(self, *extra_args: str) -> None:
         self.folder = tempfile.TemporaryDirectory(prefix="devservice-test-")
-        self.log_path = Path(self.folder.name) / "log"
-        self.log = self.log_path.open("w")  # a file, not a pipe: a full pipe would stall the server
+        self.log = open(Path(self.folder.name) / "log", "w")  # a full pipe would stall the server
         self.process = subprocess.Popen(
             [sys.executable, str(ENTRY_POINT), "--port", "0", "--data", self.folder.name, *extra_args],
             stdout=subprocess.PIPE, stderr=self.log, text=True)
-        assert self.process.stdout is not None
         self.url = self.process.stdout.readline().strip()
         if not self.url.startswith("http://127.0.0.1:"):
-            self.process.kill()
-            self.process.wait()
-            raise RuntimeError("stand-in did not start: " + self.log_path.read_text())
-        parts = urlsplit(self.url)
-        self.host, self.port = parts.hostname or "", parts.port or 0
+            log = (Path(self.folder.name) / "log").read_text()
+            self.stop()
+            raise RuntimeError("stand-in did not start: " + log)
 
-    def call(self, method: str, path: str, body: Any = None, token: str = "",
-             headers: dict[str, str] | None = None) -> Reply:
-        connection = http.client.HTTPConnection(self.host, self.port, timeout=10)
-        sent = dict(headers or {})
-        if token:
-            sent["Authorization"] = "Bearer " + token
-        data = body if isinstance(body, (bytes, type(None))) else json.dumps(body).encode()
-        if data is not None:
-            sent["Content-Type"] = "application/json"
+    def call(self, method: str, path: str, body: Any = None, token: str = "") -> Reply:
+        connection = http.client.HTTPConnection("127.0.0.1", urlsplit(self.url).port, timeout=10)
+        headers = {"Authorization": "Bearer " + token} if token else {}
+        if body is not None:
+            headers["Content-Type"] = "application/json"
         try:
-            connection.request(method, path, body=data, headers=sent)
-            response = connection.getresponse()
-            return Reply(response.status, response.headers, response.read())
+            connection.request(method, path, body=None if body is None else json.dumps(body), headers=headers)
+            return Reply(connection.getresponse())
         finally:
             connection.close()
 
@@ -79,23 +62,19 @@ class Server:
         return self.ok("POST", "/__test/session", {"username": username})
 
     def stop(self) -> int:
-        self.process.send_signal(signal.SIGTERM)
+        self.process.terminate()
         try:
-            code = self.process.wait(timeout=10)
+            return self.process.wait(timeout=10)
         finally:
             if self.process.poll() is None:
                 self.process.kill()
-            assert self.process.stdout is not None
             self.process.stdout.close()
             self.log.close()
             self.folder.cleanup()
-        return code
 
 
 class ServerTestCase(unittest.TestCase):
     """One stand-in with test hooks for the whole class."""
-
-    server: Server
 
     @classmethod
     def setUpClass(cls) -> None:

@@ -1,8 +1,5 @@
-// Folder resolution against fixed environments, and the UTF-8 path helpers that every
-// file writer relies on to keep non-ASCII paths intact on Windows.
+// Where the data and games folders go, resolved against fixed environments.
 #include "app/DataPaths.hpp"
-
-#include "support/TempFolder.hpp"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +12,7 @@ namespace fs = std::filesystem;
 
 TEST(DataPaths, FoldersFollowTheFirstVariableThatIsSetAndNotEmpty) {
     const fs::path here = fs::current_path();
+    const fs::path homeData = fs::path("/h") / ".config" / "corvandell";
     struct Case {
         std::map<std::string, fs::path, std::less<>> variables;
         fs::path data;
@@ -24,9 +22,9 @@ TEST(DataPaths, FoldersFollowTheFirstVariableThatIsSetAndNotEmpty) {
         {{{"APPDATA", "/r"}, {"LOCALAPPDATA", "/l"}, {"HOME", "/h"}},
          fs::path("/r") / "Corvandell",
          fs::path("/l") / "Corvandell" / "Games"},
-        {{{"HOME", "/h"}}, fs::path("/h") / ".config" / "corvandell", fs::path("/h") / "CorvandellGames"},
+        {{{"HOME", "/h"}}, homeData, fs::path("/h") / "CorvandellGames"},
         {{{"APPDATA", ""}, {"LOCALAPPDATA", ""}, {"HOME", "/h"}},
-         fs::path("/h") / ".config" / "corvandell",
+         homeData,
          fs::path("/h") / "CorvandellGames"},
         {{}, here / "corvandell-data", here / "Games"},
         {{{"HOME", ""}}, here / "corvandell-data", here / "Games"},
@@ -36,17 +34,6 @@ TEST(DataPaths, FoldersFollowTheFirstVariableThatIsSetAndNotEmpty) {
         EXPECT_EQ(paths.dataFolder, c.data);
         EXPECT_EQ(paths.defaultLibraryFolder, c.games);
     }
-}
-
-TEST(DataPaths, EnsureDataFolderCreatesParentsAndReportsABlockedPath) {
-    const test::TempFolder temp;
-    const fs::path nested = temp.path() / "a" / "b" / "Corvandell";
-    EXPECT_EQ(ensureDataFolder(nested), nested);
-    EXPECT_TRUE(fs::is_directory(nested));
-    EXPECT_EQ(ensureDataFolder(nested), nested);
-
-    const fs::path file = temp.writeFile("plain-file", "x");
-    EXPECT_THROW(ensureDataFolder(file / "Corvandell"), fs::filesystem_error);
 }
 
 } // namespace

@@ -1,22 +1,20 @@
+// The sign-in decision: only a bearer token without a refresh token goes straight to the library.
 #include "app/StartupDecision.hpp"
 
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 namespace corvandell {
 namespace {
 
 TEST(StartupDecision, OnlyABearerTokenWithoutARefreshTokenSkipsSignIn) {
-    struct Case {
-        const char* bearer;
-        const char* refresh;
-        bool signIn;
-    };
-    for (const Case& item :
-         {Case{"", "", true}, Case{"", "r", true}, Case{"b", "r", true}, Case{"b", "", false}}) {
+    for (const auto& [bearer, refresh, signIn] : {std::tuple{"", "", true}, std::tuple{"", "r", true},
+                                                  std::tuple{"b", "r", true}, std::tuple{"b", "", false}}) {
         Settings settings;
-        settings.bearerToken = item.bearer;
-        settings.refreshToken = item.refresh;
-        EXPECT_EQ(needsSignIn(settings), item.signIn) << item.bearer << "/" << item.refresh;
+        settings.bearerToken = bearer;
+        settings.refreshToken = refresh;
+        EXPECT_EQ(needsSignIn(settings), signIn) << bearer << "/" << refresh;
     }
 }
 

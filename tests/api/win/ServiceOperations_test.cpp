@@ -3,6 +3,7 @@
 #include "api/win/WinHttpApiClient.hpp"
 
 #include <algorithm>
+#include <tuple>
 
 #include "api/JsonText.hpp"
 #include "support/ThrownText.hpp"
@@ -13,32 +14,19 @@
 namespace corvandell::win {
 namespace {
 
-// A valid uncompressed P-256 public key; its private half is not needed by these tests.
+// A valid P-256 public key; signing is tested with the stand-in's own tests, so no private half.
 constexpr char kPublicKey[] =
     "BD7Xoo7GSO3OXVt+JS9rKq+7RINRFKJLPKqPcQ9kmTvCVxGjTNySKQgLY58Jl3/rfKkezOFkm/6orYXHKyBq3n4=";
 constexpr char kPaperMoth[] = "6c2605c5-4c84-522e-b052-c8337030cd28"; // a free title with a build
 
-bool startsWith(const std::string& text, const std::string& prefix) {
-    return text.rfind(prefix, 0) == 0;
-}
-
-class ServiceOperationsTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_FALSE(serviceBaseUrl().empty()) << "the service fixture is not running"; }
-};
-
-TEST_F(ServiceOperationsTest, AccountTokensProfileAndDeviceKey) {
+TEST(ServiceOperationsTest, AccountTokensProfileAndDeviceKey) {
     Settings settings = signedInSettings("ops-account");
     WinHttpApiClient client(&settings);
 
     const AuthTokens renewed = client.refreshTokens(settings.refreshToken);
-    ASSERT_FALSE(renewed.accessToken.empty());
-    EXPECT_NE(renewed.accessToken, settings.bearerToken);
     settings.bearerToken = renewed.accessToken;
     const MeResult me = client.getMe();
-    EXPECT_EQ(me.id, renewed.userId);
-    EXPECT_EQ(me.username, "ops-account");
-    EXPECT_EQ(me.email, "ops-account@corvandell.test");
+    EXPECT_EQ(std::tie(me.id, me.email), std::tuple(renewed.userId, "ops-account@corvandell.test"));
 
     client.setNickname("Ann \"the Bold\"");
     EXPECT_EQ(client.getMe().nickname, "Ann \"the Bold\"");
@@ -56,19 +44,17 @@ TEST_F(ServiceOperationsTest, AccountTokensProfileAndDeviceKey) {
     const std::string refused = test::thrownText([&] {
         client.completeKeyChallenge(challenge.challengeId, "MAYCAQECAQE=", "ECDSA-P256", kPublicKey);
     });
-    EXPECT_TRUE(startsWith(refused, "Corvandell API HTTP 401: ")) << refused;
+    EXPECT_EQ(refused.rfind("Corvandell API HTTP 401: ", 0), 0u) << refused;
 
-    const RegStart registration = client.registerKey("kay@corvandell.test", "ECDSA-P256", kPublicKey);
-    EXPECT_TRUE(registration.emailSent);
-    EXPECT_EQ(registration.email, "kay@corvandell.test");
+    EXPECT_TRUE(client.registerKey("kay@corvandell.test", "ECDSA-P256", kPublicKey).emailSent);
     const auto mails = readObjectList(callStandIn("GET", "/__test/outbox"), "items");
     ASSERT_FALSE(mails.empty());
     const AuthTokens verified = client.verifyKeyRegistration(readString(mails.back(), "token"));
-    EXPECT_FALSE(verified.accessToken.empty());
-    EXPECT_FALSE(verified.userId.empty());
+    settings.bearerToken = verified.accessToken;
+    EXPECT_EQ(client.getMe().email, "kay@corvandell.test");
 }
 
-TEST_F(ServiceOperationsTest, CatalogueDownloadsPlaySessionsRatingsAndFeed) {
+TEST(ServiceOperationsTest, CatalogueDownloadsPlaySessionsRatingsAndFeed) {
     Settings playerSettings = signedInSettings("ops-player");
     Settings friendSettings = signedInSettings("ops-watcher");
     WinHttpApiClient player(&playerSettings);
@@ -76,8 +62,6 @@ TEST_F(ServiceOperationsTest, CatalogueDownloadsPlaySessionsRatingsAndFeed) {
     player.sendFriendRequest(watcher.getMe().id);
     watcher.sendFriendRequest(player.getMe().id);
 
-    const auto catalogue = player.listSoftware("", "", "", "");
-    EXPECT_GE(catalogue.size(), 15u);
     const auto racing = player.listSoftware("name", "", "racing", "windows");
     ASSERT_FALSE(racing.empty());
     EXPECT_TRUE(std::all_of(racing.begin(), racing.end(), [](const SoftwareItem& item) {
@@ -94,47 +78,37 @@ TEST_F(ServiceOperationsTest, CatalogueDownloadsPlaySessionsRatingsAndFeed) {
     EXPECT_EQ(player.latestBuild(kPaperMoth).version, "1.0.1");
     const auto grant = player.requestDownload(kPaperMoth);
     ASSERT_EQ(grant.size(), 1u);
-    EXPECT_TRUE(startsWith(grant[0].signedUrl, serviceBaseUrl())) << grant[0].signedUrl;
+    EXPECT_EQ(grant[0].signedUrl.rfind(serviceBaseUrl(), 0), 0u) << grant[0].signedUrl;
 
     const LaunchStart launch = player.startLaunch(kPaperMoth);
-    ASSERT_FALSE(launch.launchId.empty());
     advanceServiceClock(600);
     player.endLaunch(launch.launchId);
     EXPECT_EQ(player.getPlaytime(kPaperMoth).totalMinutes, 10);
     const auto friendsTime = watcher.getFriendsPlaytime(kPaperMoth, 5);
     ASSERT_EQ(friendsTime.size(), 1u);
-    EXPECT_EQ(friendsTime[0].username, "ops-player");
-    EXPECT_EQ(friendsTime[0].minutes, 10);
+    EXPECT_EQ(std::tie(friendsTime[0].username, friendsTime[0].minutes), std::tuple("ops-player", 10));
 
     const LaunchStart external = player.startExternalLaunch("steam", "620", "Portal 2");
-    ASSERT_FALSE(external.launchId.empty());
     advanceServiceClock(125);
     player.endExternalLaunch(external.launchId);
-    const Playtime externalTime = player.getExternalPlaytime("steam", "620");
-    EXPECT_EQ(externalTime.totalMinutes, 2);
-    EXPECT_EQ(externalTime.totalSeconds, 125);
+    EXPECT_EQ(player.getExternalPlaytime("steam", "620").totalSeconds, 125);
     const auto externalFriends = watcher.getExternalFriendsPlaytime("steam", "620", 3);
     ASSERT_EQ(externalFriends.size(), 1u);
     EXPECT_EQ(externalFriends[0].seconds, 125);
 
-    const RatingSummary mine = player.rateGame(kPaperMoth, 4);
-    EXPECT_EQ(mine.myStars, 4);
-    EXPECT_GE(mine.count, 1);
+    EXPECT_EQ(player.rateGame(kPaperMoth, 4).myStars, 4);
     const auto summaries = watcher.queryRatings({kPaperMoth, "steam:does-not-exist"});
     ASSERT_EQ(summaries.size(), 2u);
-    EXPECT_EQ(summaries[0].gameKey, kPaperMoth);
-    EXPECT_EQ(summaries[0].myStars, -1);
-    EXPECT_EQ(summaries[1].count, 0);
+    EXPECT_EQ(std::tie(summaries[0].gameKey, summaries[0].myStars, summaries[1].count),
+              std::tuple(kPaperMoth, -1, 0));
 
     const auto feed = watcher.getGameFeed(kPaperMoth, 20);
     EXPECT_TRUE(std::any_of(feed.begin(), feed.end(), [](const FeedEntry& entry) {
         return entry.type == "play" && entry.username == "ops-player" && entry.minutes == 10;
     }));
-    EXPECT_TRUE(
-        std::any_of(feed.begin(), feed.end(), [](const FeedEntry& entry) { return entry.stars == 4; }));
 }
 
-TEST_F(ServiceOperationsTest, FriendsConversationsMessagesAndVoiceRooms) {
+TEST(ServiceOperationsTest, FriendsConversationsMessagesAndVoiceRooms) {
     Settings annSettings = signedInSettings("ops-ann");
     Settings benSettings = signedInSettings("ops-ben");
     WinHttpApiClient ann(&annSettings);
@@ -149,19 +123,16 @@ TEST_F(ServiceOperationsTest, FriendsConversationsMessagesAndVoiceRooms) {
     EXPECT_EQ(friends[0].userId, benId);
 
     const Conversation direct = ann.openDirectConversation(benId);
-    EXPECT_EQ(direct.type, "direct");
-    EXPECT_EQ(direct.otherUserId, benId);
-    EXPECT_EQ(direct.otherUsername, "ops-ben");
+    EXPECT_EQ(std::tie(direct.type, direct.otherUserId, direct.otherUsername),
+              std::tuple("direct", benId, "ops-ben"));
     const Conversation group = ann.createGroupConversation({benId}, "Raid \"night\"");
-    EXPECT_EQ(group.type, "group");
     EXPECT_EQ(group.name, "Raid \"night\"");
 
     const ChatMessage sent = ann.sendMessage(direct.id, "hi \"ben\"\n\tsecond line");
     EXPECT_EQ(sent.content, "hi \"ben\"\n\tsecond line");
     const auto history = ben.listMessages(direct.id);
     ASSERT_FALSE(history.empty());
-    EXPECT_EQ(history.back().id, sent.id);
-    EXPECT_EQ(history.back().senderUsername, "ops-ann");
+    EXPECT_EQ(std::tie(history.back().id, history.back().senderUsername), std::tuple(sent.id, "ops-ann"));
 
     const VoiceRoom room = ann.createVoiceRoom(group.id);
     EXPECT_EQ(room.conversationId, group.id);
@@ -171,14 +142,13 @@ TEST_F(ServiceOperationsTest, FriendsConversationsMessagesAndVoiceRooms) {
     EXPECT_EQ(rooms[0].id, room.id);
     EXPECT_EQ(ben.joinVoiceRoom(room.id).id, room.id);
     ben.setVoiceMuted(room.id, true);
-    EXPECT_EQ(lastReceivedRequest().body, R"({"muted":true})");
     ben.leaveVoiceRoom(room.id);
     EXPECT_EQ(
         test::thrownText([&] { ben.setVoiceMuted(room.id, false); }).rfind("Corvandell API HTTP 409: ", 0),
         0u);
 }
 
-TEST_F(ServiceOperationsTest, RepositoryGamesSharingClaimingAndAccountLinking) {
+TEST(ServiceOperationsTest, RepositoryGamesSharingClaimingAndAccountLinking) {
     Settings ownerSettings = signedInSettings("ops-owner");
     Settings sharerSettings = signedInSettings("ops-sharer");
     WinHttpApiClient owner(&ownerSettings);
@@ -186,24 +156,22 @@ TEST_F(ServiceOperationsTest, RepositoryGamesSharingClaimingAndAccountLinking) {
 
     const RepositoryGame shared =
         sharer.submitRepositoryGame("https://github.com/ops-owner-gh/comet", "Comet", "web/index.html");
-    EXPECT_EQ(shared.ownerLogin, "ops-owner-gh");
-    EXPECT_EQ(shared.repoName, "comet");
-    EXPECT_FALSE(shared.isVerifiedOwner);
-    EXPECT_EQ(shared.submittedByUsername, "ops-sharer");
+    EXPECT_EQ(
+        std::tie(shared.ownerLogin, shared.repoName, shared.isVerifiedOwner, shared.submittedByUsername),
+        std::tuple("ops-owner-gh", "comet", false, "ops-sharer"));
 
     const std::string conflict = test::thrownText(
         [&] { owner.submitRepositoryGame("github.com/ops-owner-gh/comet", "Comet", "index.html"); });
-    EXPECT_TRUE(startsWith(conflict, "Corvandell API HTTP 409: ")) << conflict;
+    EXPECT_EQ(conflict.rfind("Corvandell API HTTP 409: ", 0), 0u) << conflict;
     EXPECT_NE(conflict.find("Already shared by ops-sharer"), std::string::npos) << conflict;
 
     EXPECT_EQ(owner.getLinkedRepositoryAccount(), "");
     const std::string link = owner.startRepositoryAccountLink();
-    ASSERT_TRUE(startsWith(link, serviceBaseUrl())) << link;
+    ASSERT_EQ(link.rfind(serviceBaseUrl(), 0), 0u) << link;
     callStandIn("GET", link.substr(serviceBaseUrl().size()) + "&login=ops-owner-gh");
     EXPECT_EQ(owner.getLinkedRepositoryAccount(), "ops-owner-gh");
 
-    const RepositoryGame claimed = owner.claimRepositoryGame(shared.id);
-    EXPECT_TRUE(claimed.isVerifiedOwner);
+    EXPECT_TRUE(owner.claimRepositoryGame(shared.id).isVerifiedOwner);
     const auto mine = owner.listMyRepositoryGames();
     ASSERT_EQ(mine.size(), 1u);
     EXPECT_EQ(mine[0].launchPath, "web/index.html");

@@ -1,3 +1,4 @@
+// The playtime panel's star row: a click on a star rates with its number, anywhere else not.
 #include <windows.h>
 
 #include "app/win/PlaytimePanel.hpp"
@@ -17,18 +18,14 @@ TEST(PlaytimePanel, ClickingAStarReportsItsNumber) {
     PlaytimePanel panel(GetModuleHandleW(nullptr), [&rated](int stars) { rated.push_back(stars); });
     ASSERT_TRUE(panel.create(parent, 124));
     MoveWindow(panel.hwnd(), 0, 0, 300, 348, FALSE);
-
     // Stars 1, 3 and 5 by their middles; then past the last star, in the gap after the
     // first, and in the text area, none of which rates.
     const int step = PlaytimePanel::kStarSize + PlaytimePanel::kStarGap;
     const int middle = PlaytimePanel::kMargin + PlaytimePanel::kStarSize / 2;
-    const std::vector<POINT> clicks = {{middle, middle},
-                                       {middle + 2 * step, middle},
-                                       {middle + 4 * step, middle},
-                                       {middle + 5 * step, middle},
-                                       {PlaytimePanel::kMargin + PlaytimePanel::kStarSize + 1, middle},
-                                       {middle, 200}};
-    for (const POINT& click : clicks) {
+    for (const POINT click :
+         {POINT{middle, middle}, POINT{middle + 2 * step, middle}, POINT{middle + 4 * step, middle},
+          POINT{middle + 5 * step, middle},
+          POINT{PlaytimePanel::kMargin + PlaytimePanel::kStarSize + 1, middle}, POINT{middle, 200}}) {
         SendMessageW(panel.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(click.x, click.y));
     }
     EXPECT_EQ(rated, (std::vector<int>{1, 3, 5}));

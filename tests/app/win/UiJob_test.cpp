@@ -1,7 +1,7 @@
+// Background job results: one posted to a window that is gone is freed by the worker.
 #include <windows.h>
 
 #include "app/win/UiJob.hpp"
-#include "app/win/UniqueHandle.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 namespace corvandell::win {
 namespace {
 
-// A result record that counts how many of its kind were made and are alive.
+// Counts how many records of its kind were made and are alive.
 struct CountedResult {
     static inline std::atomic<int> live{0};
     static inline std::atomic<int> created{0};
@@ -20,26 +20,17 @@ struct CountedResult {
 };
 
 TEST(UiJob, ResultForAWindowThatIsGoneIsFreedByTheWorker) {
-    HWND receiver =
-        CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    ASSERT_NE(receiver, nullptr);
-    UniqueKernelHandle release(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    HANDLE releaseEvent = release.get();
-    startUiJob<CountedResult>(receiver, WM_APP + 40, [releaseEvent] {
-        WaitForSingleObject(releaseEvent, 10000);
-        return CountedResult();
-    });
-    DestroyWindow(receiver);
-    SetEvent(releaseEvent);
-    // The worker's post fails, so it must free the record it built. The heap record is
-    // the last one it makes: once two exist and none is alive, it was freed.
+    HWND gone = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    ASSERT_TRUE(DestroyWindow(gone));
+    startUiJob<CountedResult>(gone, WM_APP + 40, [] { return CountedResult(); });
+    // The heap record is the last one the worker makes: once two exist and none is alive,
+    // the record whose post failed was freed.
     const ULONGLONG deadline = GetTickCount64() + 5000;
-    while ((CountedResult::created.load() < 2 || CountedResult::live.load() != 0) &&
-           GetTickCount64() < deadline) {
+    while ((CountedResult::created < 2 || CountedResult::live != 0) && GetTickCount64() < deadline) {
         Sleep(5);
     }
-    EXPECT_EQ(CountedResult::created.load(), 2);
-    EXPECT_EQ(CountedResult::live.load(), 0);
+    EXPECT_EQ(CountedResult::created, 2);
+    EXPECT_EQ(CountedResult::live, 0);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// Message pumping for in-process window tests: drain until idle, or keep pumping so that
-// timers and posted results arrive. A WM_QUIT from a destroyed window is dropped.
+// Message pumping for in-process window tests, so that timers and posted results arrive.
+// A WM_QUIT from a destroyed window is dropped.
 #pragma once
 
 #include <windows.h>
@@ -8,13 +8,22 @@
 
 namespace corvandell::test {
 
-void pumpUntilIdle();
-
 // Pumps until `done` is true or `timeoutMs` passes; returns `done()`.
-bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs);
-
-inline void pumpFor(DWORD durationMs) {
-    pumpUntil([] { return false; }, durationMs);
+inline bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs) {
+    const ULONGLONG end = GetTickCount64() + timeoutMs;
+    for (;;) {
+        MSG message{};
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            if (message.message != WM_QUIT) {
+                TranslateMessage(&message);
+                DispatchMessageW(&message);
+            }
+        }
+        if (done() || GetTickCount64() >= end) {
+            return done();
+        }
+        MsgWaitForMultipleObjectsEx(0, nullptr, 10, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    }
 }
 
 } // namespace corvandell::test

@@ -1,5 +1,7 @@
 #include "support/win/ServiceStandIn.hpp"
 
+#include <stdexcept>
+
 #include "api/JsonText.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
@@ -32,6 +34,9 @@ void advanceServiceClock(int seconds) {
 Settings signedInSettings(const std::string& username) {
     Settings settings;
     settings.apiBaseUrl = serviceBaseUrl();
+    if (settings.apiBaseUrl.empty()) {
+        throw std::runtime_error("the service fixture is not running");
+    }
     const std::string tokens =
         callStandIn("POST", "/__test/session", "{\"username\":\"" + escapeBodyString(username) + "\"}");
     settings.bearerToken = readString(tokens, "accessToken");
@@ -42,15 +47,8 @@ Settings signedInSettings(const std::string& username) {
 
 ReceivedRequest lastReceivedRequest() {
     const std::string record = callStandIn("GET", "/__test/last-request", "");
-    const std::size_t headersKey = record.find("\"headers\"");
-    const std::size_t open = record.find('{', headersKey == std::string::npos ? record.size() : headersKey);
-    const std::size_t close = record.find('}', open == std::string::npos ? record.size() : open);
-    ReceivedRequest received{readString(record, "method"), readString(record, "path"), "",
-                             readString(record, "body")};
-    if (open != std::string::npos && close != std::string::npos) {
-        received.headers = record.substr(open, close - open + 1);
-    }
-    return received;
+    return {readString(record, "method"), readString(record, "path"), readStringMap(record, "headers"),
+            readString(record, "body")};
 }
 
 void scriptNextReply(const std::string& path, int status, const std::string& body,

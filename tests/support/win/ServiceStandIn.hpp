@@ -2,6 +2,7 @@
 // signed-in user of its own per test, and what it last received over the wire.
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "api/win/WinHttpApiClient.hpp"
@@ -19,14 +20,15 @@ public:
 struct ReceivedRequest {
     std::string method;
     std::string path;
-    std::string headers; // JSON object text of name -> value
+    std::map<std::string, std::string> headers;
     std::string body;
 };
 
 // The stand-in's base address, from the fixture's files; "" when it is not running.
 std::string serviceBaseUrl();
 
-// Settings pointing at the stand-in and holding a fresh session of `username`.
+// Settings pointing at the stand-in and holding a fresh session of `username`; throws, saying
+// so, when the fixture has not started the stand-in.
 Settings signedInSettings(const std::string& username);
 
 ReceivedRequest lastReceivedRequest();
