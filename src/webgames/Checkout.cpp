@@ -58,9 +58,8 @@ void append_component(NativeText& folder, std::string_view name) {
 }
 
 // How many entries the walk would visit, counting a subtree once for every time it is
-// named, saturating just above kMaxEntries. Each distinct tree is read once, so a pack
-// describing billions of files is refused at once and before anything is written. Missing
-// trees and cycles count nothing here: the walk reports them with their own texts.
+// named, saturating just above kMaxEntries. Each distinct tree is read once. Missing trees
+// and cycles count nothing here: the walk reports them with their own texts.
 std::size_t expanded_entries(const ObjectSet& objects, const std::string& rootName) {
     constexpr std::size_t kInProgress = static_cast<std::size_t>(-1);
     std::map<std::string, std::size_t> counts;
@@ -96,13 +95,16 @@ std::size_t expanded_entries(const ObjectSet& objects, const std::string& rootNa
 
 } // namespace
 
+void ensure_tree_fits(const ObjectSet& objects, const std::string& treeName) {
+    if (expanded_entries(objects, treeName) > kMaxEntries) {
+        throw std::runtime_error("too many files in the repository");
+    }
+}
+
 // One folder text grows and shrinks with the walk, so a deep tree costs memory in
 // proportion to its depth rather than to the square of it.
 void checkout_tree(const ObjectSet& objects, const std::string& treeName,
                    const std::filesystem::path& folder) {
-    if (expanded_entries(objects, treeName) > kMaxEntries) {
-        throw std::runtime_error("too many files in the repository");
-    }
     NativeText current = folder.native();
     std::vector<OpenTree> stack;
     stack.push_back(open_tree(objects, treeName, current.size()));

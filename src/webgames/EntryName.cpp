@@ -24,7 +24,7 @@ bool equals_ignoring_case(std::string_view text, std::string_view lowerCase) {
 }
 
 // Windows reserves these whatever extension follows, and ignores spaces before the dot.
-// The port numbers include the superscript digits 1-3, which Windows also accepts.
+// Port numbers run 0-9 and include the superscript digits 1-3, which Windows also accepts.
 bool is_device_name(std::string_view name) {
     std::string_view stem = name.substr(0, name.find('.'));
     while (!stem.empty() && stem.back() == ' ') {
@@ -41,7 +41,7 @@ bool is_device_name(std::string_view name) {
         return false;
     }
     const std::string_view number = stem.substr(3);
-    const bool isDigit = number.size() == 1 && number[0] >= '1' && number[0] <= '9';
+    const bool isDigit = number.size() == 1 && number[0] >= '0' && number[0] <= '9';
     return isDigit || number == "\xC2\xB9" || number == "\xC2\xB2" || number == "\xC2\xB3";
 }
 

@@ -76,6 +76,7 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
     if (rootTree.size() != kObjectNameDigits) {
         throw std::runtime_error("could not find the root tree");
     }
+    ensure_tree_fits(*objects, rootTree);
     empty_folder(destination);
     checkout_tree(*objects, rootTree, destination);
     report(progress, L"Clone complete.");
