@@ -87,9 +87,10 @@ const std::string kTree = [] {
     for (const std::string& name : kWritten) {
         tree += tree_entry("100644", name, kBlob);
     }
-    for (const char* unsafe :
-         {"", ".", "..", ".GIT", "a/b", "a\\b", "C:x", "file:stream", "CON", "Nul", "aux.tar.gz",
-          "Com1.tar.gz", "com0", "lpt9.md", "CON .txt", "CONIN$", "conout$.log", "COM\xC2\xB9", "trail.", "trail "}) {
+    for (const char* unsafe : {"",           ".",           "..",          ".GIT",    "a/b",
+                               "a\\b",       "C:x",         "file:stream", "CON",     "Nul",
+                               "aux.tar.gz", "Com1.tar.gz", "com0",        "lpt9.md", "CON .txt",
+                               "CONIN$",     "conout$.log", "COM\xC2\xB9", "trail.",  "trail "}) {
         tree += tree_entry("100644", unsafe, kBlob) + tree_entry("40000", unsafe, kZeros);
     }
     return tree + tree_entry("100644", "cut", kBlob).substr(0, 20);
