@@ -1,0 +1,153 @@
+// On POSIX builds a backslash in a store path becomes "/", so the native tests can write
+// records the way Windows stores do and still resolve them to folders of the test's tree.
+#include "stores/StoreFiles.hpp"
+
+#include "app/DataPaths.hpp"
+
+#include <cstdint>
+#include <fstream>
+
+namespace corvandell {
+
+std::optional<std::string> readStoreFile(const std::filesystem::path& file) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) {
+        return std::nullopt;
+    }
+    const auto size = std::filesystem::file_size(file, error);
+    if (error || size > kMaxStoreFileBytes) {
+        return std::nullopt;
+    }
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes(static_cast<size_t>(size), '\0');
+    if (!in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+void appendUtf8CodePoint(std::string& out, std::uint32_t codePoint) {
+    if (codePoint < 0x80) {
+        out.push_back(static_cast<char>(codePoint));
+    } else if (codePoint < 0x800) {
+        out.push_back(static_cast<char>(0xC0 | (codePoint >> 6)));
+        out.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
+    } else if (codePoint < 0x10000) {
+        out.push_back(static_cast<char>(0xE0 | (codePoint >> 12)));
+        out.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
+    } else {
+        out.push_back(static_cast<char>(0xF0 | (codePoint >> 18)));
+        out.push_back(static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
+    }
+}
+
+namespace {
+
+std::string utf8FromUtf16(std::string_view bytes, bool isBigEndian) {
+    constexpr std::uint32_t kReplacement = 0xFFFD;
+    std::string out;
+    out.reserve(bytes.size());
+    auto unitAt = [&](size_t i) {
+        const auto first = static_cast<unsigned char>(bytes[i]);
+        const auto second = static_cast<unsigned char>(bytes[i + 1]);
+        return static_cast<std::uint32_t>(isBigEndian ? (first << 8) | second : (second << 8) | first);
+    };
+    for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        const std::uint32_t unit = unitAt(i);
+        if (unit >= 0xD800 && unit <= 0xDBFF && i + 3 < bytes.size()) {
+            const std::uint32_t low = unitAt(i + 2);
+            if (low >= 0xDC00 && low <= 0xDFFF) {
+                appendUtf8CodePoint(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+                i += 2;
+                continue;
+            }
+        }
+        appendUtf8CodePoint(out, unit >= 0xD800 && unit <= 0xDFFF ? kReplacement : unit);
+    }
+    return out;
+}
+
+} // namespace
+
+std::string decodeStoreText(std::string_view bytes) {
+    if (bytes.starts_with("\xEF\xBB\xBF")) {
+        return std::string(bytes.substr(3));
+    }
+    if (bytes.starts_with("\xFF\xFE")) {
+        return utf8FromUtf16(bytes.substr(2), false);
+    }
+    if (bytes.starts_with("\xFE\xFF")) {
+        return utf8FromUtf16(bytes.substr(2), true);
+    }
+    // Without a mark, text whose second byte is zero is UTF-16LE: no UTF-8 store file
+    // starts with a NUL.
+    if (bytes.size() >= 2 && bytes[0] != '\0' && bytes[1] == '\0') {
+        return utf8FromUtf16(bytes, false);
+    }
+    return std::string(bytes);
+}
+
+std::optional<std::string> readStoreText(const std::filesystem::path& file) {
+    auto bytes = readStoreFile(file);
+    if (!bytes) {
+        return std::nullopt;
+    }
+    return decodeStoreText(*bytes);
+}
+
+std::filesystem::path storePath(std::string_view utf8) {
+    auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '"'; };
+    while (!utf8.empty() && isBlank(utf8.front())) {
+        utf8.remove_prefix(1);
+    }
+    while (!utf8.empty() && isBlank(utf8.back())) {
+        utf8.remove_suffix(1);
+    }
+    if (utf8.starts_with("\\\\?\\") || utf8.starts_with("//?/")) {
+        utf8.remove_prefix(4);
+    }
+    std::string text(utf8);
+    for (char& c : text) {
+        if (c == '\\' || c == '/') {
+            c = static_cast<char>(std::filesystem::path::preferred_separator);
+        }
+    }
+    // Keep the separator of a root ("C:\" or "/"), drop any other trailing ones.
+    while (text.size() > 1 && text.back() == static_cast<char>(std::filesystem::path::preferred_separator) &&
+           !(text.size() == 3 && text[1] == ':')) {
+        text.pop_back();
+    }
+    return pathFromUtf8(text);
+}
+
+bool isSameFolder(const std::filesystem::path& a, const std::filesystem::path& b) {
+    auto comparable = [](const std::filesystem::path& path) {
+        std::string text = utf8Text(storePath(utf8Text(path.lexically_normal())));
+        for (char& c : text) {
+            if (c >= 'A' && c <= 'Z') {
+                c = static_cast<char>(c - 'A' + 'a');
+            }
+        }
+        return text;
+    };
+    return comparable(a) == comparable(b);
+}
+
+bool isExistingFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    return !folder.empty() && std::filesystem::is_directory(folder, error);
+}
+
+bool isExistingFile(const std::filesystem::path& file) {
+    std::error_code error;
+    return !file.empty() && std::filesystem::is_regular_file(file, error);
+}
+
+std::string utf8Text(const std::filesystem::path& path) {
+    return pathToUtf8(path);
+}
+
+} // namespace corvandell
