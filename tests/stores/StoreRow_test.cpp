@@ -1,0 +1,80 @@
+#include "app/DataPaths.hpp"
+#include "stores/StoreFiles.hpp"
+#include "stores/StoreRow.hpp"
+
+#include "support/TempFolder.hpp"
+
+#include <gtest/gtest.h>
+
+namespace corvandell {
+namespace {
+
+TEST(StoreRow, DecodesNamedAndNumericEntitiesAndLeavesTheRest) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Tom &amp; Jerry &lt;3&gt; &quot;x&quot; &apos;y&apos;", "Tom & Jerry <3> \"x\" 'y'"},
+        {"Lantern Harbor&#8482;", "Lantern Harbor\xE2\x84\xA2"},
+        {"&#x2122;&#X41;&#65;&#x1F3AE;", "\xE2\x84\xA2"
+                                         "AA\xF0\x9F\x8E\xAE"},
+        {"&amp;amp;", "&amp;"},
+        {"&nbsp; &#xD800; &#x110000; &#; &#12a; & alone &amp",
+         "&nbsp; &#xD800; &#x110000; &#; &#12a; & alone &amp"},
+    };
+    for (const auto& [input, expected] : cases) {
+        EXPECT_EQ(decodeXmlEntities(input), expected) << input;
+    }
+}
+
+TEST(StoreRow, BuildsTheCommonRowAndChoosesAnExecutableWhenNoneIsNamed) {
+    test::TempFolder temp;
+    const auto exe = temp.writeFile("Lantern Harbor/Lantern Harbor.exe", "x");
+    const auto row = makeStoreRow("gog", "1400000001", "Lantern Harbor", temp.path() / "Lantern Harbor", {},
+                                  "goggalaxy://openGameView/1400000001");
+    EXPECT_EQ(row.key, "gog:1400000001");
+    EXPECT_EQ(row.storeName, "GOG Galaxy");
+    EXPECT_EQ(row.platform, "windows");
+    EXPECT_EQ(row.description,
+              "Detected in your local GOG Galaxy library. Installs and updates are managed by "
+              "GOG Galaxy.");
+    EXPECT_EQ(row.executable, exe);
+    EXPECT_EQ(makeStoreRow("gog", "1", "T", temp.path(), "named.exe", "").executable, "named.exe");
+}
+
+TEST(StoreFiles, DecodesEveryEncodingStoresWrite) {
+    using namespace std::string_literals;
+    const std::pair<std::string, std::string> cases[] = {
+        {"\xEF\xBB\xBFplain", "plain"},
+        {"\xFF\xFEL\0\xE9\0"s, "L\xC3\xA9"},
+        {"\xFE\xFF\0L\0\xE9"s, "L\xC3\xA9"},
+        {"<\0x\0>\0"s, "<x>"},
+        {"\xFF\xFE\x3C\xD8\xAE\xDF"s, "\xF0\x9F\x8E\xAE"},
+        {"\xFF\xFE\x00\xD8x\0"s, "\xEF\xBF\xBDx"},
+        {"\xFF\xFEodd"s, "\xE6\x91\xAF"},
+        {"caf\xC3\xA9", "caf\xC3\xA9"},
+    };
+    for (const auto& [bytes, expected] : cases) {
+        EXPECT_EQ(decodeStoreText(bytes), expected) << bytes;
+    }
+}
+
+TEST(StoreFiles, FolderTextsWrittenAnyWayNameTheSameFolder) {
+    const auto sep = std::string(1, static_cast<char>(std::filesystem::path::preferred_separator));
+    EXPECT_EQ(storePath(" \"D:/Games/Lantern Harbor/\" "),
+              pathFromUtf8("D:" + sep + "Games" + sep + "Lantern Harbor"));
+    EXPECT_EQ(storePath("\\\\?\\D:\\XboxGames\\"), pathFromUtf8("D:" + sep + "XboxGames"));
+    EXPECT_EQ(storePath("C:\\"), pathFromUtf8("C:" + sep));
+    EXPECT_TRUE(storePath("\"\"").empty());
+    EXPECT_TRUE(isSameFolder(storePath("D:/Games/Lantern/"), storePath("d:\\GAMES\\lantern")));
+    EXPECT_TRUE(isSameFolder(storePath("D:\\Games\\.\\Lantern"), storePath("D:\\Games\\Lantern")));
+    EXPECT_FALSE(isSameFolder(storePath("D:\\Games\\Lantern"), storePath("D:\\Games\\Lantern 2")));
+}
+
+TEST(StoreFiles, RefusesWhatIsNotARegularFile) {
+    test::TempFolder temp;
+    temp.writeFile("a.txt", "abc");
+    EXPECT_EQ(readStoreFile(temp.path() / "a.txt"), "abc");
+    EXPECT_FALSE(readStoreFile(temp.path()));
+    EXPECT_FALSE(readStoreFile(temp.path() / "missing.txt"));
+}
+
+} // namespace
+} // namespace corvandell
