@@ -2,6 +2,7 @@
 // points back up the tree cannot make the walk endless.
 #include "stores/ExecutableChooser.hpp"
 
+#include "stores/AsciiText.hpp"
 #include "stores/GameName.hpp"
 #include "stores/StoreFiles.hpp"
 
@@ -12,15 +13,6 @@
 namespace corvandell {
 
 namespace {
-
-std::string lowerAscii(std::string text) {
-    for (char& c : text) {
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c - 'A' + 'a');
-        }
-    }
-    return text;
-}
 
 bool hasExeExtension(const std::filesystem::path& file) {
     return lowerAscii(utf8Text(file.extension())) == ".exe";

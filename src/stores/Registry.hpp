@@ -36,4 +36,20 @@ inline std::optional<std::string> readNonEmptyString(const Registry& registry, R
     return value;
 }
 
+// The subkeys of the first of two keys that has any, and that key's path: stores write to
+// the 32-bit view and only some machines carry the 64-bit twin.
+struct RegistrySubkeys {
+    std::string keyPath;
+    std::vector<std::string> names;
+};
+
+inline RegistrySubkeys subkeysOfFirstView(const Registry& registry, RegistryHive hive,
+                                          std::string_view firstKeyPath, std::string_view secondKeyPath) {
+    RegistrySubkeys found{std::string(firstKeyPath), registry.subkeyNames(hive, firstKeyPath)};
+    if (found.names.empty()) {
+        found = {std::string(secondKeyPath), registry.subkeyNames(hive, secondKeyPath)};
+    }
+    return found;
+}
+
 } // namespace corvandell

@@ -3,6 +3,7 @@
 #include "stores/StoreFiles.hpp"
 
 #include "app/DataPaths.hpp"
+#include "stores/AsciiText.hpp"
 
 #include <cstdint>
 #include <fstream>
@@ -125,13 +126,7 @@ std::filesystem::path storePath(std::string_view utf8) {
 
 bool isSameFolder(const std::filesystem::path& a, const std::filesystem::path& b) {
     auto comparable = [](const std::filesystem::path& path) {
-        std::string text = utf8Text(storePath(utf8Text(path.lexically_normal())));
-        for (char& c : text) {
-            if (c >= 'A' && c <= 'Z') {
-                c = static_cast<char>(c - 'A' + 'a');
-            }
-        }
-        return text;
+        return lowerAscii(utf8Text(storePath(utf8Text(path.lexically_normal()))));
     };
     return comparable(a) == comparable(b);
 }
@@ -144,6 +139,17 @@ bool isExistingFolder(const std::filesystem::path& folder) {
 bool isExistingFile(const std::filesystem::path& file) {
     std::error_code error;
     return !file.empty() && std::filesystem::is_regular_file(file, error);
+}
+
+std::filesystem::path existingFileUnder(const std::filesystem::path& folder, std::string_view relative) {
+    while (!relative.empty() && (relative.front() == '/' || relative.front() == '\\')) {
+        relative.remove_prefix(1);
+    }
+    if (relative.empty()) {
+        return {};
+    }
+    auto file = folder / storePath(relative);
+    return isExistingFile(file) ? file : std::filesystem::path();
 }
 
 std::string utf8Text(const std::filesystem::path& path) {

@@ -43,6 +43,10 @@ bool isExistingFolder(const std::filesystem::path& folder);
 // A regular file that exists; false on any error.
 bool isExistingFile(const std::filesystem::path& file);
 
+// The file a store record names relative to the folder ("Binaries/Game.exe", leading
+// separators ignored), when it exists; empty otherwise.
+std::filesystem::path existingFileUnder(const std::filesystem::path& folder, std::string_view relative);
+
 std::string utf8Text(const std::filesystem::path& path);
 
 // Appends one Unicode code point as UTF-8.

@@ -23,16 +23,12 @@ constexpr std::string_view kUninstall32 =
 constexpr std::string_view kUninstall64 = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
 constexpr std::string_view kUninstallUser = "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
 
-std::string withSeparator(const std::filesystem::path& path, char separator) {
+// A folder as Windows stores write it in the registry (Ubisoft writes forward slashes).
+std::string winPath(const std::filesystem::path& path, char separator = '\\') {
     std::string text = utf8Text(path);
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '/' || c == '\\'; }, separator);
     return text;
-}
-
-// A folder as Windows stores write it in the registry.
-std::string winPath(const std::filesystem::path& path) {
-    return withSeparator(path, '\\');
 }
 
 // The same inside a JSON string, backslashes escaped.
@@ -50,8 +46,10 @@ struct StoreTree {
     MapEnvironment environment;
 
     std::filesystem::path folder(const std::string& relative) const {
-        std::filesystem::create_directories(temp.path() / relative);
-        return temp.path() / relative;
+        // Preferred separators, so texts built from it match the scanners' on Windows too.
+        const auto folder = (temp.path() / relative).make_preferred();
+        std::filesystem::create_directories(folder);
+        return folder;
     }
     ScanReport scan(void (*scanner)(const StoreHost&, ScanReport&)) const {
         ScanReport report;
@@ -125,7 +123,6 @@ TEST(EpicScanner, KeepsInstalledGamesAndSkipsAddOnsPlugInsStaleAndDamagedManifes
     item("f-stale.item", epicManifest("Gone", tree.temp.path() / "Epic Games/Gone", R"("games")"));
     item("g-truncated.item", good.substr(0, 70));
     item("h-binary.item", std::string("\x00\x9f\xff{\"AppName\x01", 14));
-    item("i-empty.item", "");
 
     const auto report = tree.scan(scanEpicGames);
     ASSERT_EQ(rowKeys(report), (std::vector<std::string>{"epic:Finch", "epic:FinchExtra"}));
@@ -136,22 +133,20 @@ TEST(EpicScanner, KeepsInstalledGamesAndSkipsAddOnsPlugInsStaleAndDamagedManifes
                          {"e-plugin.item", "an engine plug-in, not a game"},
                          {"f-stale.item", "the install folder no longer exists"},
                          {"g-truncated.item", "the manifest is damaged or empty"},
-                         {"h-binary.item", "the manifest is damaged or empty"},
-                         {"i-empty.item", "the manifest is damaged or empty"}});
-}
+                         {"h-binary.item", "the manifest is damaged or empty"}});
 
-TEST(EpicScanner, FallsBackToProgramDataAndToTheAppNameAndAChosenExecutable) {
-    StoreTree tree;
-    const auto game = tree.folder("Quest");
-    const auto exe = tree.temp.writeFile("Quest/Quest.exe", "x");
-    tree.environment = MapEnvironment({{"ProgramData", tree.temp.path() / "ProgramData"}});
-    tree.temp.writeFile("ProgramData/Epic/EpicGamesLauncher/Data/Manifests/q.item",
-                        R"({"AppName": "Quest", "InstallLocation": ")" + jsonPath(game) + R"("})");
-
-    const auto report = tree.scan(scanEpicGames);
-    ASSERT_EQ(report.games.size(), 1u);
-    EXPECT_EQ(report.games[0].title, "Quest");
-    EXPECT_EQ(report.games[0].executable, exe);
+    // Without the launcher's value the manifests are under %ProgramData%; a manifest without
+    // a title or an executable gets its AppName and the chooser's pick.
+    StoreTree fallback;
+    const auto quest = fallback.temp.writeFile("Quest/Quest.exe", "x");
+    fallback.environment = MapEnvironment({{"ProgramData", fallback.temp.path() / "ProgramData"}});
+    fallback.temp.writeFile("ProgramData/Epic/EpicGamesLauncher/Data/Manifests/q.item",
+                            R"({"AppName": "Quest", "InstallLocation": ")" + jsonPath(quest.parent_path()) +
+                                R"("})");
+    const auto questReport = fallback.scan(scanEpicGames);
+    ASSERT_EQ(questReport.games.size(), 1u);
+    EXPECT_EQ(questReport.games[0].title, "Quest");
+    EXPECT_EQ(questReport.games[0].executable, quest);
 }
 
 TEST(GogScanner, KeepsGamesWithTheirNamedExecutableAndSkipsDlcAndStaleKeys) {
@@ -201,7 +196,7 @@ TEST(UbisoftScanner, TitlesInstallsFromTheirUninstallEntryElseTheFolder) {
     for (const auto& [id, folder] : std::vector<std::pair<std::string, std::string>>{
              {"9001", "LH"}, {"9002", "Quest Folder"}, {"9003", "Sixty"}, {"9004", "Gone"}}) {
         tree.registry.set(kMachine, installs + id, "InstallDir",
-                          withSeparator(tree.temp.path() / "Ubisoft Games" / folder, '/') + "/");
+                          winPath(tree.temp.path() / "Ubisoft Games" / folder, '/') + "/");
     }
     tree.registry.set(kMachine, std::string(kUninstall32) + "Uplay Install 9001", "DisplayName",
                       "Lantern Harbor");
