@@ -69,8 +69,17 @@ struct FindHandleTraits {
     static void close(Handle h) noexcept { FindClose(h); }
 };
 
+// Change notifications, like find handles, use INVALID_HANDLE_VALUE for "none".
+struct ChangeNotificationTraits {
+    using Handle = HANDLE;
+    static Handle empty() noexcept { return INVALID_HANDLE_VALUE; }
+    static bool isValid(Handle h) noexcept { return h != nullptr && h != INVALID_HANDLE_VALUE; }
+    static void close(Handle h) noexcept { FindCloseChangeNotification(h); }
+};
+
 using UniqueKernelHandle = UniqueHandle<KernelHandleTraits>;
 using UniqueFindHandle = UniqueHandle<FindHandleTraits>;
+using UniqueChangeNotification = UniqueHandle<ChangeNotificationTraits>;
 using UniqueRegistryKey = UniqueHandle<NullEmptyTraits<HKEY, &RegCloseKey>>;
 using UniqueInternetHandle = UniqueHandle<NullEmptyTraits<HINTERNET, &WinHttpCloseHandle>>;
 using UniqueIcon = UniqueHandle<NullEmptyTraits<HICON, &DestroyIcon>>;
