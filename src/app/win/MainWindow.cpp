@@ -9,6 +9,8 @@
 #include "app/win/ThemeHook.hpp"
 #include "app/win/UiJob.hpp"
 #include "app/win/WideText.hpp"
+#include "stores/WatchList.hpp"
+#include "stores/win/WindowsStoreHost.hpp"
 
 namespace corvandell::win {
 namespace {
@@ -196,6 +198,8 @@ void MainWindow::onCreate() {
     SendMessageW(hwnd_, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(largeIcon_.get()));
     trayIcon_.add(hwnd_, MsgTrayIcon, smallIcon_.get(), kTitle);
     fillDetails();
+    const WindowsStoreHost stores;
+    storeWatcher_.start(hwnd_, MsgStoreChanged, storeWatchFolders(stores.host()), storeWatchKeys());
 }
 
 void MainWindow::onClose() {
@@ -210,6 +214,7 @@ void MainWindow::onClose() {
 }
 
 void MainWindow::onDestroy() {
+    storeWatcher_.stop();
     KillTimer(hwnd_, kSearchTimerId);
     trayIcon_.remove();
     SendMessageW(hwnd_, WM_SETICON, ICON_SMALL, 0);

@@ -14,6 +14,7 @@
 #include "app/win/TrayIcon.hpp"
 #include "app/win/UniqueHandle.hpp"
 #include "app/win/Window.hpp"
+#include "stores/win/StoreWatcher.hpp"
 
 #include <functional>
 #include <map>
@@ -99,6 +100,7 @@ private:
     TrayIcon trayIcon_;
     UniqueIcon smallIcon_;
     UniqueIcon largeIcon_;
+    StoreWatcher storeWatcher_;
     bool balloonShown_ = false;
     int balloonsShown_ = 0;
 };
