@@ -22,7 +22,7 @@ std::string render(const KeyValuesNode& node) {
     return out + "}";
 }
 
-TEST(KeyValues, ReadsSteamShapesDecodesEscapesAndKeepsUnknownPairs) {
+TEST(KeyValues, ReadsSteamShapesDecodesEscapesAndKeepsWhatCameBeforeAnyDamage) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {R"("k" "E:\\SteamLibrary")", R"({k=E:\SteamLibrary})"},
         {R"("k" "E:\SteamLibrary")", R"({k=E:\SteamLibrary})"},
@@ -32,10 +32,15 @@ TEST(KeyValues, ReadsSteamShapesDecodesEscapesAndKeepsUnknownPairs) {
         {"// head\n\"k\" // note { \" }\n\"a//b\"", "{k=a//b}"},
         {"bare{inner value}next\"q\"", "{bare={inner=value},next=q}"},
         {"\"k\"\t\"\"", "{k=}"},
-        {R"("LibraryFolders" { "ContentStatsID" "-1" "1" "E:\\Lib" })",
-         R"({LibraryFolders={ContentStatsID=-1,1=E:\Lib}})"},
-        {R"("libraryfolders" { "0" { "path" "C:\\Steam" "apps" { "10" "99" } } })",
-         R"({libraryfolders={0={path=C:\Steam,apps={10=99}}}})"},
+        // Damage: truncated, unbalanced, stray or binary input.
+        {R"("AppState" { "appid" "10" "name" "Lan)", "{AppState={appid=10}}"},
+        {R"("a" { "b" { "c" "d")", "{a={b={c=d}}}"},
+        {R"("a" { "b" "c" } } "d" "e")", "{a={b=c}}"},
+        {R"("a" "b" "c")", "{a=b}"},
+        {R"("a" { "b" } "c" "d")", "{a={}}"},
+        {R"({ "a" "b" })", "{}"},
+        {R"("a" "b\)", "{}"},
+        {std::string("\"a\" \"x\0y\" \xFF\xFE {", 14), std::string("{a=x\0y,\xFF\xFE={}}", 13)},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(render(parseKeyValues(text)), expected) << text;
@@ -52,22 +57,6 @@ TEST(KeyValues, LookupTakesTheFirstKeyIgnoringAsciiCase) {
     EXPECT_EQ(state->find("missing"), nullptr);
 }
 
-TEST(KeyValues, DamagedInputKeepsWhatCameBeforeTheDamage) {
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {R"("AppState" { "appid" "10" "name" "Lan)", "{AppState={appid=10}}"},
-        {R"("a" { "b" { "c" "d")", "{a={b={c=d}}}"},
-        {R"("a" { "b" "c" } } "d" "e")", "{a={b=c}}"},
-        {R"("a" "b" "c")", "{a=b}"},
-        {R"("a" { "b" } "c" "d")", "{a={}}"},
-        {R"({ "a" "b" })", "{}"},
-        {R"("a" "b\)", "{}"},
-        {std::string("\"a\" \"x\0y\" \xFF\xFE {", 14), std::string("{a=x\0y,\xFF\xFE={}}", 13)},
-    };
-    for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(render(parseKeyValues(text)), expected) << text;
-    }
-}
-
 TEST(KeyValues, NestingIsCappedSoHostileInputCannotExhaustTheStack) {
     std::string deep;
     for (int i = 0; i < 100000; ++i) {
@@ -79,8 +68,6 @@ TEST(KeyValues, NestingIsCappedSoHostileInputCannotExhaustTheStack) {
         ++depth;
     }
     EXPECT_EQ(depth, kMaxKeyValuesDepth - 1);
-    EXPECT_EQ(render(parseKeyValues(std::string(100000, '}'))), "{}");
-    EXPECT_EQ(render(parseKeyValues(std::string(100000, '{'))), "{}");
 }
 
 } // namespace

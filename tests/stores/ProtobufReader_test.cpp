@@ -1,6 +1,5 @@
-// Protocol buffers fields from tiny hex messages: each wire type the reader accepts, and
-// each kind of damage, which must stop the reading with its own reason and keep what came
-// before it.
+// Protocol buffers fields from tiny hex messages: each wire type the reader accepts, and each
+// kind of damage, which stops the reading with its own reason and keeps what came before.
 #include "stores/ProtobufReader.hpp"
 
 #include <gtest/gtest.h>

@@ -1,30 +1,26 @@
-// The itch.io scanner over app folders whose receipts the real gzip compressed, an older
-// plain receipt, a receipt for something that is not a game, and receipts that only claim
-// to be gzip.
-#include "stores/FileStoreTree.hpp"
+// The itch.io scanner over receipts compressed by the real gzip, an older plain receipt, one
+// for something that is not a game, and receipts that are damaged or only claim to be gzip.
+#include "stores/StoreTree.hpp"
 #include "support/posix/Command.hpp"
 
 namespace corvandell {
 namespace {
 
-using test::FileStoreTree;
+using namespace test;
 
+// The owner and the upload carry ids and titles too; only the game's count.
 std::string receipt(const std::string& game) {
-    return R"({ "owner": { "id": 5, "title": "not the game" },
-  "game": )" +
-           game +
-           R"(,
-  "upload": { "id": 900002, "filename": "lantern-win.zip", "platforms": { "windows": "all" } },
-  "files": [ "Lantern.exe", "data/level1.pak" ], "installerName": "archive" })";
+    return R"({ "owner": { "id": 5, "title": "not the game" }, "game": )" + game +
+           R"(, "upload": { "id": 900002, "filename": "lantern-win.zip" }, "files": [ "Lantern.exe" ] })";
 }
 
 TEST(ItchScanner, ReadsGzipAndPlainReceiptsAndSkipsOtherKindsAndDamage) {
-    FileStoreTree tree;
+    StoreTree tree;
     tree.variables["APPDATA"] = tree.folder("Roaming");
     const auto apps = tree.temp.path() / "Roaming" / "itch" / "apps";
     auto gzipReceipt = [&](const std::string& app, const std::string& json) {
         const auto plain = tree.temp.writeFile(apps / app / ".itch" / "receipt.json", json);
-        test::run_shell("gzip -9 '" + plain.string() + "'");
+        run_shell("gzip -9 '" + plain.string() + "'");
     };
     gzipReceipt("lantern-harbor", receipt(R"({ "id": 900001, "title": "Lantern &amp; Harbor",
         "classification": "game", "type": "default", "url": "https://example.itch.io/lantern-harbor" })"));
@@ -41,16 +37,15 @@ TEST(ItchScanner, ReadsGzipAndPlainReceiptsAndSkipsOtherKindsAndDamage) {
     tree.folder("Roaming/itch/apps/downloads");
 
     const auto report = tree.scan(scanItchGames);
-    ASSERT_EQ(test::rowTitles(report),
-              (std::vector<std::pair<std::string, std::string>>{{"itch:900001", "Lantern &amp; Harbor"},
-                                                                {"itch:42", "Old \"Game\""}}));
-    test::expectRow(report.games[0], {"itch:900001", "Lantern &amp; Harbor", "itch.io", "900001",
-                                      apps / "lantern-harbor", lanternExe, ""});
-    test::expectSkips(report, {{"cut-short", "receipt.json.gz is damaged"},
-                               {"downloads", "no .itch receipt"},
-                               {"no-id", "the receipt names no game id"},
-                               {"plain-in-disguise", "receipt.json.gz is not a gzip file"},
-                               {"soundtrack", "classified as \"soundtrack\", not a game"}});
+    ASSERT_EQ(rowTitles(report),
+              (Rows{{"itch:900001", "Lantern &amp; Harbor"}, {"itch:42", "Old \"Game\""}}));
+    expectRow(report.games[0], "itch:900001", "Lantern &amp; Harbor", apps / "lantern-harbor", lanternExe,
+              "");
+    expectSkips(report, {{"cut-short", "receipt.json.gz is damaged"},
+                         {"downloads", "no .itch receipt"},
+                         {"no-id", "the receipt names no game id"},
+                         {"plain-in-disguise", "receipt.json.gz is not a gzip file"},
+                         {"soundtrack", "classified as \"soundtrack\", not a game"}});
 }
 
 } // namespace
