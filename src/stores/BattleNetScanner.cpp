@@ -118,11 +118,8 @@ void addInstall(const ProductInstall& install, const UninstallEntries& uninstall
         return skip("the install has no uid");
     }
     const auto folder = storePath(install.installPath);
-    if (folder.empty()) {
-        return skip("the install names no folder");
-    }
-    if (!isExistingFolder(folder)) {
-        return skip("the install folder no longer exists");
+    if (const auto problem = installFolderProblem(folder)) {
+        return skip(*problem);
     }
     report.games.push_back(makeStoreRow(kStoreKey, install.uid, titleOf(install, uninstall, folder), folder,
                                         {}, launchAddressOf(install.productCode)));

@@ -27,12 +27,8 @@ void scanGogKey(const Registry& registry, const std::string& keyPath, const std:
         return;
     }
     const auto folder = storePath(value("path").value_or(""));
-    if (folder.empty()) {
-        report.skip(std::string(kStoreName), entry, "no install folder is recorded");
-        return;
-    }
-    if (!isExistingFolder(folder)) {
-        report.skip(std::string(kStoreName), entry, "the install folder no longer exists");
+    if (const auto problem = installFolderProblem(folder)) {
+        report.skip(std::string(kStoreName), entry, *problem);
         return;
     }
     const std::string title = value("gameName").value_or(utf8Text(folder.filename()));

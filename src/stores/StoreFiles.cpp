@@ -136,6 +136,16 @@ bool isExistingFolder(const std::filesystem::path& folder) {
     return !folder.empty() && std::filesystem::is_directory(folder, error);
 }
 
+std::optional<std::string> installFolderProblem(const std::filesystem::path& folder) {
+    if (folder.empty()) {
+        return "no install folder is recorded";
+    }
+    if (!isExistingFolder(folder)) {
+        return "the install folder no longer exists";
+    }
+    return std::nullopt;
+}
+
 bool isExistingFile(const std::filesystem::path& file) {
     std::error_code error;
     return !file.empty() && std::filesystem::is_regular_file(file, error);

@@ -40,6 +40,10 @@ bool isSameFolder(const std::filesystem::path& a, const std::filesystem::path& b
 // A directory that exists; false on any error.
 bool isExistingFolder(const std::filesystem::path& folder);
 
+// Why a folder a store recorded cannot be a game's install folder ("no install folder is
+// recorded", "the install folder no longer exists"); nothing when it can.
+std::optional<std::string> installFolderProblem(const std::filesystem::path& folder);
+
 // A regular file that exists; false on any error.
 bool isExistingFile(const std::filesystem::path& file);
 

@@ -30,12 +30,8 @@ void scanInstallKey(const StoreHost& host, const UninstallEntries& uninstall, co
     const std::string entry = registryKeyText(RegistryHive::LocalMachine, keyPath);
     const auto folder = storePath(
         readNonEmptyString(host.registry, RegistryHive::LocalMachine, keyPath, "InstallDir").value_or(""));
-    if (folder.empty()) {
-        report.skip(std::string(kStoreName), entry, "no install folder is recorded");
-        return;
-    }
-    if (!isExistingFolder(folder)) {
-        report.skip(std::string(kStoreName), entry, "the install folder no longer exists");
+    if (const auto problem = installFolderProblem(folder)) {
+        report.skip(std::string(kStoreName), entry, *problem);
         return;
     }
     report.games.push_back(
