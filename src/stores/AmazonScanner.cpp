@@ -24,18 +24,6 @@ namespace {
 constexpr std::string_view kStoreName = "Amazon Games";
 constexpr std::string_view kKeyPrefix = "AmazonGames/";
 
-// The text after " -p " up to the next blank; "" when there is none.
-std::string productId(std::string_view uninstallString) {
-    constexpr std::string_view kSwitch = " -p ";
-    const size_t start = uninstallString.find(kSwitch);
-    if (start == std::string_view::npos) {
-        return {};
-    }
-    std::string_view id = uninstallString.substr(start + kSwitch.size());
-    id = id.substr(0, id.find_first_of(" \t"));
-    return std::string(id);
-}
-
 // `Command` of fuel.json's `Main` object; "" when the file or the key is missing. Other
 // objects (PostInstall steps) have commands too, so the search starts at "Main".
 std::string mainCommand(const std::filesystem::path& folder) {
@@ -61,7 +49,7 @@ void scanAmazonEntry(const UninstallEntry& entry, ScanReport& report) {
         return;
     }
     const std::string keyRemainder = entry.keyName.substr(kKeyPrefix.size());
-    std::string id = productId(entry.uninstallString);
+    std::string id = commandLineValue(entry.uninstallString, " -p ");
     if (id.empty()) {
         id = keyRemainder;
     }
@@ -81,8 +69,7 @@ void scanAmazonEntry(const UninstallEntry& entry, ScanReport& report) {
 } // namespace
 
 void scanAmazonGames(const StoreHost& host, ScanReport& report) {
-    const UninstallEntries uninstall(host.registry);
-    for (const auto& entry : uninstall.all()) {
+    for (const auto& entry : host.uninstallEntries().all()) {
         if (startsWithIgnoringAsciiCase(entry.keyName, kKeyPrefix)) {
             scanAmazonEntry(entry, report);
         }

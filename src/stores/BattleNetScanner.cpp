@@ -140,7 +140,7 @@ void scanBattleNetGames(const StoreHost& host, ScanReport& report) {
     if (!database) {
         return report.skip(std::string(kStoreName), utf8Text(file), "the file could not be read");
     }
-    const UninstallEntries uninstall(host.registry);
+    const UninstallEntries& uninstall = host.uninstallEntries();
     ProtobufReader reader(*database);
     while (const auto field = reader.next()) {
         if (field->number == 1 && field->wireType == ProtobufWireType::LengthDelimited) {

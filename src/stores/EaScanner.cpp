@@ -147,8 +147,7 @@ std::filesystem::path executableOf(std::string_view xml, const std::filesystem::
             const size_t close = text.find(']');
             text = close == std::string::npos ? "" : text.substr(close + 1);
         }
-        const auto executable = text.empty() ? std::filesystem::path() : folder / storePath(text);
-        return isExistingFile(executable) ? executable : std::filesystem::path();
+        return existingFileUnder(folder, text);
     }
     return {};
 }

@@ -31,21 +31,6 @@ bool isLauncherKey(std::string_view name) {
     return false;
 }
 
-// The text after "-uninstall=" up to the next blank; "" when there is none.
-std::string uninstallTitleId(std::string_view uninstallString) {
-    constexpr std::string_view kSwitch = "-uninstall=";
-    const size_t start = uninstallString.find(kSwitch);
-    if (start == std::string_view::npos) {
-        return {};
-    }
-    std::string_view id = uninstallString.substr(start + kSwitch.size());
-    id = id.substr(0, id.find_first_of(" \t"));
-    while (!id.empty() && id.back() == '"') {
-        id.remove_suffix(1);
-    }
-    return std::string(id);
-}
-
 // The launcher's command line that starts the title in the folder; "" without a launcher.
 std::string launchCommand(const std::filesystem::path& launcherFolder,
                           const std::filesystem::path& gameFolder) {
@@ -84,7 +69,7 @@ void scanTitleKey(const RockstarContext& context, const std::string& keyPath, co
     std::string id = name;
     std::string title = name;
     if (const auto* uninstall = context.uninstall.findByInstallFolder(folder)) {
-        if (auto titleId = uninstallTitleId(uninstall->uninstallString); !titleId.empty()) {
+        if (auto titleId = commandLineValue(uninstall->uninstallString, "-uninstall="); !titleId.empty()) {
             id = std::move(titleId);
         }
         if (!uninstall->displayName.empty()) {
@@ -104,8 +89,7 @@ void scanRockstarGames(const StoreHost& host, ScanReport& report) {
     if (names.empty()) {
         return;
     }
-    const UninstallEntries uninstall(host.registry);
-    const RockstarContext context{host.registry, uninstall,
+    const RockstarContext context{host.registry, host.uninstallEntries(),
                                   storePath(readNonEmptyString(host.registry, RegistryHive::LocalMachine,
                                                                base + "\\Launcher", "InstallFolder")
                                                 .value_or(""))};

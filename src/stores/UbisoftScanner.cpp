@@ -47,7 +47,7 @@ void scanUbisoftGames(const StoreHost& host, ScanReport& report) {
     if (installs.names.empty()) {
         return;
     }
-    const UninstallEntries uninstall(host.registry);
+    const UninstallEntries& uninstall = host.uninstallEntries();
     for (const auto& id : installs.names) {
         scanInstallKey(host, uninstall, installs.keyPath + "\\" + id, id, report);
     }

@@ -5,6 +5,7 @@
 #include "stores/AsciiText.hpp"
 
 #include "stores/StoreFiles.hpp"
+#include "stores/StoreHost.hpp"
 
 #include <array>
 
@@ -51,8 +52,7 @@ UninstallEntries::UninstallEntries(const Registry& registry) {
 
 const UninstallEntry* UninstallEntries::findByKeyName(RegistryHive hive, std::string_view keyName) const {
     for (const auto& entry : entries_) {
-        if (entry.hive == hive && entry.keyName.size() == keyName.size() &&
-            startsWithIgnoringAsciiCase(entry.keyName, keyName)) {
+        if (entry.hive == hive && equalsIgnoringAsciiCase(entry.keyName, keyName)) {
             return &entry;
         }
     }
@@ -66,6 +66,26 @@ const UninstallEntry* UninstallEntries::findByInstallFolder(const std::filesyste
         }
     }
     return nullptr;
+}
+
+std::string commandLineValue(std::string_view commandLine, std::string_view switchText) {
+    const size_t start = commandLine.find(switchText);
+    if (start == std::string_view::npos) {
+        return {};
+    }
+    std::string_view value = commandLine.substr(start + switchText.size());
+    value = value.substr(0, value.find_first_of(" \t"));
+    while (!value.empty() && value.back() == '"') {
+        value.remove_suffix(1);
+    }
+    return std::string(value);
+}
+
+const UninstallEntries& StoreHost::uninstallEntries() const {
+    if (!uninstallCache) {
+        uninstallCache = std::make_shared<const UninstallEntries>(registry);
+    }
+    return *uninstallCache;
 }
 
 std::string registryKeyText(RegistryHive hive, std::string_view keyPath) {

@@ -41,6 +41,11 @@ private:
     std::vector<UninstallEntry> entries_;
 };
 
+// The text after `switchText` in a command line, up to the next blank, without trailing
+// quotes; "" when the switch is missing. Uninstall strings carry the store's id this way
+// ("... -p amzn1.adg.product.x", "... -uninstall=gta5").
+std::string commandLineValue(std::string_view commandLine, std::string_view switchText);
+
 // "HKLM\" or "HKCU\" followed by the key path: how skip reports name a registry key.
 std::string registryKeyText(RegistryHive hive, std::string_view keyPath);
 
