@@ -7,12 +7,12 @@
 //
 // usage: git-engine-bench <pack> <clone folder> <tip commit> <scratch folder>
 //        git-engine-bench --sha1-portable   (run with OpenSSL's SHA instructions masked)
-#include "webgames/Checkout.hpp"
-#include "webgames/GitTree.hpp"
-#include "webgames/Inflate.hpp"
-#include "webgames/Packfile.hpp"
-#include "webgames/Sha1.hpp"
-#include "webgames/Sha1Blocks.hpp"
+#include "webgames/git/Checkout.hpp"
+#include "webgames/git/GitTree.hpp"
+#include "webgames/git/Inflate.hpp"
+#include "webgames/git/Packfile.hpp"
+#include "webgames/git/Sha1.hpp"
+#include "webgames/git/Sha1Blocks.hpp"
 
 #include <openssl/sha.h>
 #include <sys/resource.h>

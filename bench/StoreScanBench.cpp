@@ -7,7 +7,7 @@
 // with wait4.
 //
 // usage: store-scan-bench <steam folder> [rounds]
-#include "app/Environment.hpp"
+#include "base/Environment.hpp"
 #include "stores/SteamScanner.hpp"
 
 #include <fcntl.h>

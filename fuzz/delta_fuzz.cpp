@@ -1,6 +1,6 @@
 // Fuzzes delta application: the first two bytes give the base's length, the base follows,
 // and the rest is the delta.
-#include "webgames/Delta.hpp"
+#include "webgames/git/Delta.hpp"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
 // Fuzzes the zlib decoder: any input must end in a value or none, never a fault.
-#include "webgames/Inflate.hpp"
+#include "webgames/git/Inflate.hpp"
 
 #include <cstddef>
 #include <cstdint>

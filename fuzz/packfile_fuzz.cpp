@@ -1,6 +1,6 @@
 // Fuzzes the whole pack decoder with the real object-name function.
-#include "webgames/Packfile.hpp"
-#include "webgames/Sha1.hpp"
+#include "webgames/git/Packfile.hpp"
+#include "webgames/git/Sha1.hpp"
 
 #include <cstddef>
 #include <cstdint>

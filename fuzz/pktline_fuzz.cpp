@@ -1,7 +1,7 @@
 // Fuzzes the pkt-line reader and the two reply readers built on it. The reply readers
 // throw std::runtime_error by design; anything else escaping, or a fault, is a finding.
-#include "webgames/GitProtocol.hpp"
-#include "webgames/PktLine.hpp"
+#include "webgames/git/GitProtocol.hpp"
+#include "webgames/git/PktLine.hpp"
 
 #include <cstddef>
 #include <cstdint>

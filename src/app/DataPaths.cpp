@@ -2,8 +2,6 @@
 //
 // The rules are tried in a fixed order (Windows variable, then HOME, then the working
 // directory) so the same binary finds the same folders under Windows, Wine and Linux.
-// Paths meet text only through pathToUtf8/pathFromUtf8: on Windows a path is wide, and
-// its narrow string() would use the ANSI code page rather than the UTF-8 of our files.
 #include "app/DataPaths.hpp"
 
 #include <string>
@@ -41,15 +39,6 @@ std::filesystem::path skinsFolder(const std::filesystem::path& dataFolder) {
 
 DataPaths resolveDataPaths(const Environment& environment) {
     return DataPaths{dataFolder(environment), defaultLibraryFolder(environment)};
-}
-
-std::string pathToUtf8(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return std::string(text.begin(), text.end());
-}
-
-std::filesystem::path pathFromUtf8(std::string_view text) {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
 
 } // namespace corvandell

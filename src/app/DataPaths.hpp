@@ -1,7 +1,8 @@
 // The per-user data folder and the default games folder.
 #pragma once
 
-#include "app/Environment.hpp"
+#include "base/Environment.hpp"
+#include "base/Utf8Path.hpp"
 
 #include <filesystem>
 
@@ -26,9 +27,5 @@ struct DataPaths {
 };
 
 DataPaths resolveDataPaths(const Environment& environment);
-
-// Converts between paths and the UTF-8 text our files carry.
-std::string pathToUtf8(const std::filesystem::path& path);
-std::filesystem::path pathFromUtf8(std::string_view text);
 
 } // namespace corvandell

@@ -6,7 +6,7 @@
 
 #include "api/JsonText.hpp"
 #include "app/DataPaths.hpp"
-#include "app/FileStore.hpp"
+#include "base/FileCommit.hpp"
 
 namespace corvandell {
 

@@ -8,7 +8,7 @@
 
 #include "api/JsonText.hpp"
 #include "app/DataPaths.hpp"
-#include "app/FileStore.hpp"
+#include "base/FileCommit.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // Whether start-up shows the sign-in window before the library.
 #pragma once
 
-#include "app/Settings.hpp"
+#include "app/SettingsFile.hpp"
 
 namespace corvandell {
 

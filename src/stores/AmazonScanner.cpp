@@ -9,7 +9,7 @@
 // executable, relative to the folder. Entries without the "AmazonGames/" prefix are other
 // programs, not skipped games, so they are left out of the report.
 #include "api/JsonText.hpp"
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"

@@ -8,7 +8,7 @@
 // product.db holds no titles, so the uninstall entry that names the install's uid
 // ("--uid=<uid>") gives one, else the install folder's name. The launch address needs the
 // client's launch code, which differs from the product code, hence the fixed table.
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/ProtobufReader.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreRow.hpp"

@@ -11,7 +11,7 @@
 // installerdata.xml, not the registry, decides what is a game: the registry keys also
 // hold the client and shared components, and the library folder holds whatever users put
 // there.
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreFolders.hpp"
 #include "stores/StoreRow.hpp"

@@ -6,7 +6,7 @@
 // `LaunchExecutable`. Add-ons and engine plug-ins have manifests of their own and are not
 // games; an add-on marked "addons/launchable" is, since the launcher starts it by itself.
 #include "api/JsonText.hpp"
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"

@@ -2,7 +2,7 @@
 // points back up the tree cannot make the walk endless.
 #include "stores/ExecutableChooser.hpp"
 
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/GameName.hpp"
 #include "stores/StoreFiles.hpp"
 

@@ -11,7 +11,7 @@
 #include "stores/StoreScanners.hpp"
 
 #include "api/JsonText.hpp"
-#include "webgames/Gzip.hpp"
+#include "webgames/git/Gzip.hpp"
 
 #include <cstdint>
 #include <optional>

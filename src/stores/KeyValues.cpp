@@ -8,7 +8,7 @@
 //   the tree's destructor.
 #include "stores/KeyValues.hpp"
 
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 
 namespace corvandell {
 

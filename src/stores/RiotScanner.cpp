@@ -9,7 +9,7 @@
 //
 // The YAML is read line by line as top-level "key: value" pairs; these files hold nothing
 // else, and a full YAML reader would be most of this scanner.
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"

@@ -6,7 +6,7 @@
 // `InstallFolderSteam`/`InstallFolderEpic` behind, and those stores list them already. The
 // title's id ("gta5", "rdr2") appears only in its uninstall entry's "-uninstall=<id>", found
 // by the install folder; the key name stands in for both id and title without one.
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"

@@ -2,8 +2,8 @@
 // records the way Windows stores do and still resolve them to folders of the test's tree.
 #include "stores/StoreFiles.hpp"
 
-#include "app/DataPaths.hpp"
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
+#include "base/Utf8Path.hpp"
 
 #include <cstdint>
 #include <fstream>

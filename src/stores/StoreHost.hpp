@@ -6,7 +6,7 @@
 // programs, so reading them once per store would multiply the scan's registry reads.
 #pragma once
 
-#include "app/Environment.hpp"
+#include "base/Environment.hpp"
 #include "stores/Registry.hpp"
 
 #include <filesystem>

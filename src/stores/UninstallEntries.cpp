@@ -2,7 +2,7 @@
 // install location: Amazon's and Rockstar's lookups decide for themselves what they need.
 #include "stores/UninstallEntries.hpp"
 
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreHost.hpp"

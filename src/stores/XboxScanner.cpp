@@ -7,7 +7,7 @@
 //
 // The executable is taken as the config names it, without looking at the file: Windows
 // locks the Content folder against reading, yet the game inside starts fine.
-#include "stores/AsciiText.hpp"
+#include "base/AsciiText.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreFolders.hpp"
 #include "stores/StoreRow.hpp"

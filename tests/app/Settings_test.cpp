@@ -1,6 +1,6 @@
 // settings.json through real files: the exact writer layout, the crash-safe replacement,
 // round trips of awkward values, and files damaged the way crashes and editors damage them.
-#include "app/Settings.hpp"
+#include "app/SettingsFile.hpp"
 
 #include "support/TempFolder.hpp"
 

@@ -1,4 +1,4 @@
-#include "app/DataPaths.hpp"
+#include "base/Utf8Path.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreRow.hpp"
 

@@ -2,7 +2,7 @@
 // paths written as the stores write them, and the checks the tests make on a scan.
 #pragma once
 
-#include "app/Environment.hpp"
+#include "base/Environment.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreScanners.hpp"
 

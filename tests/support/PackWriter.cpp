@@ -1,7 +1,7 @@
 // Pack framing and stored-block zlib written independently of the decoder.
 #include "support/PackWriter.hpp"
 
-#include "webgames/Sha1.hpp"
+#include "webgames/git/Sha1.hpp"
 
 namespace corvandell::test {
 

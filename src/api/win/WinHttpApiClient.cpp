@@ -6,17 +6,16 @@
 #include <stdexcept>
 #include <vector>
 
-#include "api/win/WinHttpReply.hpp"
-#include "app/win/UniqueHandle.hpp"
-#include "app/win/WideText.hpp"
+#include "base/win/UniqueHandle.hpp"
+#include "base/win/WideText.hpp"
+#include "base/win/WinHttpReply.hpp"
+#include "base/win/WinHttpUrl.hpp"
 
 namespace corvandell::win {
 
 namespace {
 
 constexpr wchar_t kUserAgent[] = L"Corvandell/0.1";
-constexpr DWORD kHostCapacity = 256;
-constexpr DWORD kPathCapacity = 4096;
 
 std::wstring fullUrl(const Settings& settings, const std::string& path) {
     std::string base = settings.apiBaseUrl;
@@ -95,31 +94,6 @@ void disableRedirects(HINTERNET request) {
 }
 
 } // namespace
-
-SplitUrl splitUrl(const std::wstring& url) {
-    std::vector<wchar_t> host(kHostCapacity, L'\0');
-    std::vector<wchar_t> path(kPathCapacity, L'\0');
-    std::vector<wchar_t> extra(kPathCapacity, L'\0');
-    URL_COMPONENTS parts{};
-    parts.dwStructSize = sizeof(parts);
-    parts.lpszHostName = host.data();
-    parts.dwHostNameLength = kHostCapacity;
-    parts.lpszUrlPath = path.data();
-    parts.dwUrlPathLength = kPathCapacity;
-    parts.lpszExtraInfo = extra.data();
-    parts.dwExtraInfoLength = kPathCapacity;
-    parts.dwSchemeLength = 1;
-    if (!WinHttpCrackUrl(url.c_str(), static_cast<DWORD>(url.size()), 0, &parts)) {
-        throw std::runtime_error("Invalid URL");
-    }
-    SplitUrl split;
-    split.host.assign(host.data(), parts.dwHostNameLength);
-    split.port = parts.nPort;
-    split.isHttps = parts.nScheme == INTERNET_SCHEME_HTTPS;
-    split.pathAndQuery.assign(path.data(), parts.dwUrlPathLength);
-    split.pathAndQuery.append(extra.data(), parts.dwExtraInfoLength);
-    return split;
-}
 
 std::string WinHttpApiClient::request(const std::string& method, const std::string& path,
                                       const std::string& body) {

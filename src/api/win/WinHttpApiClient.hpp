@@ -7,19 +7,9 @@
 #include <string>
 
 #include "api/ApiClient.hpp"
-#include "app/Settings.hpp"
+#include "base/Settings.hpp"
 
 namespace corvandell::win {
-
-struct SplitUrl {
-    std::wstring host;
-    unsigned short port = 0;
-    bool isHttps = false;
-    std::wstring pathAndQuery;
-};
-
-// Throws std::runtime_error("Invalid URL") when WinHTTP cannot split the address.
-SplitUrl splitUrl(const std::wstring& url);
 
 class WinHttpApiClient : public ApiClient {
 public:

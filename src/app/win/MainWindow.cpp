@@ -8,7 +8,7 @@
 #include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
 #include "app/win/UiJob.hpp"
-#include "app/win/WideText.hpp"
+#include "base/win/WideText.hpp"
 #include "stores/WatchList.hpp"
 #include "stores/win/WindowsStoreHost.hpp"
 

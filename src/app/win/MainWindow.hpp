@@ -8,12 +8,12 @@
 #include "app/DataPaths.hpp"
 #include "app/LibraryCache.hpp"
 #include "app/LibraryItem.hpp"
-#include "app/Settings.hpp"
+#include "app/SettingsFile.hpp"
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/TrayIcon.hpp"
-#include "app/win/UniqueHandle.hpp"
 #include "app/win/Window.hpp"
+#include "base/win/UniqueHandle.hpp"
 #include "stores/win/StoreWatcher.hpp"
 
 #include <functional>

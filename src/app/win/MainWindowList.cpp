@@ -6,7 +6,7 @@
 
 #include "app/win/MainWindow.hpp"
 #include "app/win/ThemeHook.hpp"
-#include "app/win/WideText.hpp"
+#include "base/win/WideText.hpp"
 
 #include <array>
 

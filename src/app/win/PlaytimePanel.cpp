@@ -5,7 +5,7 @@
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
-#include "app/win/UniqueHandle.hpp"
+#include "base/win/UniqueHandle.hpp"
 
 namespace corvandell::win {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include "app/win/UniqueHandle.hpp"
+#include "base/win/UniqueHandle.hpp"
 
 namespace corvandell::win {
 

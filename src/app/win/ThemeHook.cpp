@@ -3,7 +3,7 @@
 #include <commctrl.h>
 
 #include "app/win/ThemeHook.hpp"
-#include "app/win/UniqueHandle.hpp"
+#include "base/win/UniqueHandle.hpp"
 
 #include <map>
 #include <string>

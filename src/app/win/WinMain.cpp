@@ -4,10 +4,10 @@
 #include <windows.h>
 
 #include "app/DataPaths.hpp"
-#include "app/Settings.hpp"
+#include "app/SettingsFile.hpp"
 #include "app/Skins.hpp"
 #include "app/win/MainWindow.hpp"
-#include "app/win/WindowsEnvironment.hpp"
+#include "base/win/WindowsEnvironment.hpp"
 
 #include <exception>
 

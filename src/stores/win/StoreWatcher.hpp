@@ -9,7 +9,7 @@
 
 #include <windows.h>
 
-#include "app/win/UniqueHandle.hpp"
+#include "base/win/UniqueHandle.hpp"
 #include "stores/WatchList.hpp"
 
 #include <vector>

@@ -5,7 +5,7 @@
 
 #include "stores/win/WindowsRegistry.hpp"
 
-#include "app/win/WideText.hpp"
+#include "base/win/WideText.hpp"
 
 #include <cwchar>
 

@@ -8,7 +8,7 @@
 
 #include <windows.h>
 
-#include "app/win/UniqueHandle.hpp"
+#include "base/win/UniqueHandle.hpp"
 #include "stores/Registry.hpp"
 
 namespace corvandell::win {

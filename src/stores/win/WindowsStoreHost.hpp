@@ -2,7 +2,7 @@
 // environment read as UTF-16, and the roots of the local drives.
 #pragma once
 
-#include "app/win/WindowsEnvironment.hpp"
+#include "base/win/WindowsEnvironment.hpp"
 #include "stores/StoreHost.hpp"
 #include "stores/win/WindowsRegistry.hpp"
 

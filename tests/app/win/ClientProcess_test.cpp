@@ -1,9 +1,9 @@
 // End to end: the real corvandell.exe started as a user would, with its own data folder.
 #include <windows.h>
 
-#include "app/Settings.hpp"
+#include "app/SettingsFile.hpp"
 #include "app/win/Messages.hpp"
-#include "app/win/UniqueHandle.hpp"
+#include "base/win/UniqueHandle.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
 

@@ -4,8 +4,8 @@
 // folder of the test's own. The tool scans through the real registry and environment.
 #include <windows.h>
 
-#include "app/win/WideText.hpp"
-#include "app/win/WindowsEnvironment.hpp"
+#include "base/win/WideText.hpp"
+#include "base/win/WindowsEnvironment.hpp"
 #include "stores/win/RegistryScratch.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"

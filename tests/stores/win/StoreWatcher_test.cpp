@@ -4,7 +4,7 @@
 
 #include "stores/win/StoreWatcher.hpp"
 
-#include "app/win/WideText.hpp"
+#include "base/win/WideText.hpp"
 #include "stores/win/RegistryScratch.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/MessagePump.hpp"

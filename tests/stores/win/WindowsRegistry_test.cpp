@@ -4,7 +4,7 @@
 
 #include "stores/win/WindowsRegistry.hpp"
 
-#include "app/win/WideText.hpp"
+#include "base/win/WideText.hpp"
 #include "stores/win/RegistryScratch.hpp"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include <thread>
 #include <vector>
 
-#include "app/win/UniqueHandle.hpp"
+#include "base/win/UniqueHandle.hpp"
 
 namespace corvandell::test {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "api/win/WinHttpApiClient.hpp"
-#include "app/Settings.hpp"
+#include "app/SettingsFile.hpp"
 
 namespace corvandell::win {
 

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "app/win/WideText.hpp"
+#include "base/win/WideText.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreScanners.hpp"
 #include "stores/win/WindowsStoreHost.hpp"

@@ -1,0 +1,85 @@
+// The depth-1 clone: advertisement, upload-pack, pack decoding, checkout.
+//
+// Everything that can fail on the network or in the pack fails before the destination is
+// touched, so a bad reply leaves the previous copy of the game in place. Only then is the
+// destination emptied; removal never follows a symbolic link out of it.
+#include "webgames/git/GitClone.hpp"
+
+#include "base/Utf8Path.hpp"
+#include "webgames/git/Checkout.hpp"
+#include "webgames/git/GitProtocol.hpp"
+#include "webgames/git/GitTree.hpp"
+#include "webgames/git/Packfile.hpp"
+#include "webgames/git/Sha1.hpp"
+
+#include <algorithm>
+#include <stdexcept>
+#include <system_error>
+
+namespace corvandell::git {
+
+namespace {
+
+constexpr std::size_t kObjectNameDigits = 40;
+
+void report(const CloneProgress& progress, const wchar_t* text) {
+    if (progress) {
+        progress(text);
+    }
+}
+
+std::string lower_case(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+void empty_folder(const std::filesystem::path& destination) {
+    std::error_code error;
+    if (!std::filesystem::remove(destination, error) && error) {
+        std::filesystem::remove_all(destination, error);
+    }
+    std::filesystem::create_directories(destination, error);
+    if (!std::filesystem::is_directory(destination, error)) {
+        throw std::runtime_error("cannot write " + pathToUtf8(destination));
+    }
+}
+
+} // namespace
+
+void shallow_clone(GitTransport& transport, const std::string& owner, const std::string& repo,
+                   const std::filesystem::path& destination, const CloneProgress& progress) {
+    const std::wstring path =
+        L"/" + pathFromUtf8(owner).wstring() + L"/" + pathFromUtf8(repo).wstring() + L".git";
+    report(progress, L"Contacting GitHub...");
+    const std::string advertisement =
+        transport.request(path + L"/info/refs?service=git-upload-pack", {}, std::nullopt,
+                          L"application/x-git-upload-pack-advertisement");
+    const std::string tip = tip_from_advertisement(advertisement);
+    if (tip.size() != kObjectNameDigits) {
+        throw std::runtime_error("could not read the repository's default branch");
+    }
+    report(progress, L"Downloading game files...");
+    const std::string response =
+        transport.request(path + L"/git-upload-pack", upload_pack_request(tip),
+                          L"application/x-git-upload-pack-request", L"application/x-git-upload-pack-result");
+    report(progress, L"Unpacking...");
+    const auto objects = parse_packfile(pack_from_response(response), object_name);
+    if (!objects) {
+        throw std::runtime_error("failed to decode the repository packfile");
+    }
+    const auto commit = objects->find(lower_case(tip));
+    if (commit == objects->end()) {
+        throw std::runtime_error("packfile did not contain the branch tip");
+    }
+    const std::string rootTree = root_tree_of(commit->second.data);
+    if (rootTree.size() != kObjectNameDigits) {
+        throw std::runtime_error("could not find the root tree");
+    }
+    ensure_tree_fits(*objects, rootTree);
+    empty_folder(destination);
+    checkout_tree(*objects, rootTree, destination);
+    report(progress, L"Clone complete.");
+}
+
+} // namespace corvandell::git

@@ -1,0 +1,180 @@
+// Canonical Huffman table construction (RFC 1951 section 3.2.2).
+//
+// Codes are assigned in (length, symbol) order, which is also the order of their
+// left-aligned values; so the long codes sharing one primary prefix come out as one run,
+// shortest first, and each run gets its own subtable sized for its longest member.
+#include "webgames/git/HuffmanTable.hpp"
+
+#include <array>
+
+namespace corvandell::git::inflate_detail {
+namespace {
+
+std::uint32_t reverse_bits(std::uint32_t code, unsigned length) {
+    std::uint32_t reversed = 0;
+    for (unsigned i = 0; i < length; ++i) {
+        reversed = (reversed << 1) | (code & 1);
+        code >>= 1;
+    }
+    return reversed;
+}
+
+// Writes `entry` at every index whose low `length` bits are `start`, below `end`.
+void fill_strided(std::uint32_t* table, std::uint32_t start, unsigned length, std::uint32_t end,
+                  std::uint32_t entry) {
+    for (std::uint32_t i = start; i < end; i += 1u << length) {
+        table[i] = entry;
+    }
+}
+
+// Index bits of the subtable opened by a code of `length` bits: deep enough that the codes
+// still to be placed, shortest first, cover the whole subtree under this prefix.
+unsigned subtable_bits(unsigned length, unsigned primaryBits, const std::array<int, 16>& remaining) {
+    unsigned bits = length - primaryBits;
+    int uncovered = 1 << bits;
+    while (primaryBits + bits < kMaxCodeBits) {
+        uncovered -= remaining[primaryBits + bits];
+        if (uncovered <= 0) {
+            break;
+        }
+        ++bits;
+        uncovered <<= 1;
+    }
+    return bits;
+}
+
+constexpr std::array<std::uint16_t, 29> kLengthBase = {3,  4,  5,  6,   7,   8,   9,   10,  11, 13,
+                                                       15, 17, 19, 23,  27,  31,  35,  43,  51, 59,
+                                                       67, 83, 99, 115, 131, 163, 195, 227, 258};
+constexpr std::array<std::uint8_t, 29> kLengthExtra = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,
+                                                       2, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5, 0};
+constexpr std::array<std::uint16_t, 30> kDistanceBase = {
+    1,   2,   3,   4,   5,   7,    9,    13,   17,   25,   33,   49,   65,    97,    129,
+    193, 257, 385, 513, 769, 1025, 1537, 2049, 3073, 4097, 6145, 8193, 12289, 16385, 24577};
+constexpr std::array<std::uint8_t, 30> kDistanceExtra = {0, 0, 0, 0, 1, 1, 2, 2,  3,  3,  4,  4,  5,  5,  6,
+                                                         6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13};
+
+constexpr std::uint32_t base_entry(std::uint32_t base, std::uint32_t extraBits) {
+    return (base << kValueShift) | (extraBits << kExtraShift);
+}
+
+constexpr std::array<std::uint32_t, 288> make_literal_length_entries() {
+    std::array<std::uint32_t, 288> entries{};
+    for (std::uint32_t symbol = 0; symbol < 256; ++symbol) {
+        entries[symbol] = kLiteral | (symbol << kValueShift);
+    }
+    entries[256] = kEndOfBlock;
+    for (std::size_t i = 0; i < kLengthBase.size(); ++i) {
+        entries[257 + i] = base_entry(kLengthBase[i], kLengthExtra[i]);
+    }
+    entries[286] = kInvalid;
+    entries[287] = kInvalid;
+    return entries;
+}
+
+constexpr std::array<std::uint32_t, 32> make_distance_entries() {
+    std::array<std::uint32_t, 32> entries{};
+    for (std::size_t i = 0; i < kDistanceBase.size(); ++i) {
+        entries[i] = base_entry(kDistanceBase[i], kDistanceExtra[i]);
+    }
+    entries[30] = kInvalid;
+    entries[31] = kInvalid;
+    return entries;
+}
+
+constexpr std::array<std::uint32_t, 19> make_code_length_entries() {
+    std::array<std::uint32_t, 19> entries{};
+    for (std::uint32_t symbol = 0; symbol < 19; ++symbol) {
+        entries[symbol] = symbol << kValueShift;
+    }
+    return entries;
+}
+
+constexpr auto kLiteralLengthEntries = make_literal_length_entries();
+constexpr auto kDistanceEntries = make_distance_entries();
+constexpr auto kCodeLengthEntries = make_code_length_entries();
+
+} // namespace
+
+const std::uint32_t* literal_length_entries() {
+    return kLiteralLengthEntries.data();
+}
+const std::uint32_t* distance_entries() {
+    return kDistanceEntries.data();
+}
+const std::uint32_t* code_length_entries() {
+    return kCodeLengthEntries.data();
+}
+
+InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* table, std::size_t capacity) {
+    std::array<int, 16> lengthCount{};
+    for (std::size_t symbol = 0; symbol < huffman.symbolCount; ++symbol) {
+        ++lengthCount[huffman.lengths[symbol]];
+    }
+    int unassigned = 1; // codes still free at the current depth
+    for (unsigned length = 1; length <= kMaxCodeBits; ++length) {
+        unassigned = unassigned * 2 - lengthCount[length];
+        if (unassigned < 0) {
+            return InflateError::OverSubscribedCode;
+        }
+    }
+    const auto used = static_cast<int>(huffman.symbolCount) - lengthCount[0];
+    const std::uint32_t primarySize = 1u << huffman.primaryBits;
+    if (unassigned > 0) {
+        const bool isSingleCode = used == 1 && lengthCount[1] == 1;
+        if (!huffman.allowsSingleCode || (used != 0 && !isSingleCode)) {
+            return InflateError::IncompleteCode;
+        }
+        fill_strided(table, 0, 0, primarySize, kInvalid);
+    }
+
+    // Symbols in canonical order: by code length, then by symbol value.
+    std::array<std::uint16_t, 16> firstSlot{};
+    for (unsigned length = 1; length < kMaxCodeBits; ++length) {
+        firstSlot[length + 1] = static_cast<std::uint16_t>(firstSlot[length] + lengthCount[length]);
+    }
+    std::array<std::uint16_t, 288> sorted{};
+    for (std::size_t symbol = 0; symbol < huffman.symbolCount; ++symbol) {
+        if (const unsigned length = huffman.lengths[symbol]; length != 0) {
+            sorted[firstSlot[length]++] = static_cast<std::uint16_t>(symbol);
+        }
+    }
+
+    std::array<int, 16> remaining = lengthCount;
+    std::uint32_t code = 0;
+    std::uint32_t nextSubtable = primarySize;
+    std::uint32_t openPrefix = primarySize; // none open yet
+    std::uint32_t subtableStart = 0;
+    std::uint32_t subtableEnd = 0;
+    std::size_t slot = 0;
+    for (unsigned length = 1; length <= kMaxCodeBits; ++length, code <<= 1) {
+        for (int n = 0; n < lengthCount[length]; ++n, ++code) {
+            const std::uint32_t entry = huffman.symbolEntry[sorted[slot++]];
+            const std::uint32_t reversed = reverse_bits(code, length);
+            if (length <= huffman.primaryBits) {
+                fill_strided(table, reversed, length, primarySize, entry | length);
+                continue;
+            }
+            const std::uint32_t prefix = reversed & (primarySize - 1);
+            if (prefix != openPrefix) {
+                const unsigned bits = subtable_bits(length, huffman.primaryBits, remaining);
+                subtableStart = nextSubtable;
+                subtableEnd = subtableStart + (1u << bits);
+                if (subtableEnd > capacity) {
+                    return InflateError::OverSubscribedCode; // unreachable for checked lengths
+                }
+                table[prefix] =
+                    kSubtable | huffman.primaryBits | (bits << kExtraShift) | (subtableStart << kValueShift);
+                openPrefix = prefix;
+                nextSubtable = subtableEnd;
+            }
+            const unsigned subLength = length - huffman.primaryBits;
+            fill_strided(table + subtableStart, reversed >> huffman.primaryBits, subLength,
+                         subtableEnd - subtableStart, entry | subLength);
+            --remaining[length];
+        }
+    }
+    return InflateError::None;
+}
+
+} // namespace corvandell::git::inflate_detail

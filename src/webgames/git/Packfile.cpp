@@ -1,0 +1,227 @@
+// Resolves the deltas of a pack and names every object.
+//
+// Entries are resolved in pack order, each exactly once; a delta waits on its base through
+// an explicit stack rather than recursion, so a chain of ten thousand deltas or a base
+// that ends up depending on its own delta fails cleanly instead of exhausting the stack.
+// Offset deltas always point backwards, so in pack order their base is already done and
+// the stack stays shallow; only reference deltas whose base comes later make it grow,
+// through the forward scan that names entries until the wanted name turns up.
+// Contents move from the inflated entry to the result without copies, and a delta's own
+// bytes are released as soon as it has been applied.
+#include "webgames/git/Packfile.hpp"
+
+#include "webgames/git/Delta.hpp"
+#include "webgames/git/PackEntries.hpp"
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+#include <vector>
+
+namespace corvandell::git {
+
+namespace {
+
+// The longest chain of deltas waiting on one another that is still resolved.
+constexpr std::size_t kMaxDeltaDepth = 10000;
+
+// Pending: on the resolution stack, waiting for its base or about to be resolved.
+enum class State : std::uint8_t { Unresolved, Pending, Done };
+
+struct Resolved {
+    std::int32_t type = 0;
+    std::string content;
+    std::string name;
+    State state = State::Unresolved;
+};
+
+std::string_view type_word(std::int32_t type) {
+    switch (type) {
+    case kPackCommit:
+        return "commit";
+    case kPackTree:
+        return "tree";
+    case kPackBlob:
+        return "blob";
+    default:
+        return "tag";
+    }
+}
+
+class Resolver {
+public:
+    Resolver(std::vector<PackEntry>& entries, const ObjectNameFunction& objectName)
+        : entries_(entries), resolved_(entries.size()), objectName_(objectName) {
+        hasRefDeltas_ = std::any_of(entries.begin(), entries.end(),
+                                    [](const PackEntry& entry) { return entry.type == kPackRefDelta; });
+    }
+
+    bool resolve(std::size_t index);
+    ObjectSet take_objects();
+
+private:
+    enum class Step { Finished, Wait, Fail };
+
+    Step step(std::size_t index, std::size_t& waitFor);
+    Step apply(std::size_t index, std::size_t base);
+    void complete(std::size_t index, std::int32_t type, std::string content);
+    std::optional<std::size_t> at_offset(std::size_t offset) const;
+    std::optional<std::size_t> next_scan_candidate();
+
+    std::vector<PackEntry>& entries_;
+    std::vector<Resolved> resolved_;
+    const ObjectNameFunction& objectName_;
+    bool hasRefDeltas_ = false;
+    std::unordered_map<std::string, std::size_t> byName_;
+    std::size_t scanCursor_ = 0;
+};
+
+bool Resolver::resolve(std::size_t index) {
+    if (resolved_[index].state == State::Done) {
+        return true;
+    }
+    std::vector<std::size_t> stack{index};
+    resolved_[index].state = State::Pending;
+    while (!stack.empty()) {
+        std::size_t waitFor = 0;
+        switch (step(stack.back(), waitFor)) {
+        case Step::Finished:
+            stack.pop_back();
+            break;
+        case Step::Wait:
+            if (stack.size() > kMaxDeltaDepth) {
+                return false;
+            }
+            resolved_[waitFor].state = State::Pending;
+            stack.push_back(waitFor);
+            break;
+        case Step::Fail:
+            return false;
+        }
+    }
+    return true;
+}
+
+// One attempt at an entry: finished, blocked on another entry, or impossible.
+Resolver::Step Resolver::step(std::size_t index, std::size_t& waitFor) {
+    PackEntry& entry = entries_[index];
+    std::optional<std::size_t> base;
+    switch (entry.type) {
+    case kPackCommit:
+    case kPackTree:
+    case kPackBlob:
+    case kPackTag:
+        complete(index, entry.type, std::move(entry.data));
+        return Step::Finished;
+    case kPackOffsetDelta:
+        base = at_offset(entry.baseOffset);
+        break;
+    case kPackRefDelta:
+        if (const auto found = byName_.find(entry.baseName); found != byName_.end()) {
+            base = found->second;
+        } else if (const auto candidate = next_scan_candidate()) {
+            waitFor = *candidate;
+            return Step::Wait;
+        }
+        break;
+    default:
+        return Step::Fail;
+    }
+    if (!base) {
+        return Step::Fail;
+    }
+    switch (resolved_[*base].state) {
+    case State::Done:
+        return apply(index, *base);
+    case State::Pending:
+        return Step::Fail; // the base waits, directly or not, on this very entry
+    case State::Unresolved:
+        waitFor = *base;
+        return Step::Wait;
+    }
+    return Step::Fail;
+}
+
+Resolver::Step Resolver::apply(std::size_t index, std::size_t base) {
+    auto result = apply_delta(resolved_[base].content, entries_[index].data);
+    if (!result) {
+        return Step::Fail;
+    }
+    std::string().swap(entries_[index].data);
+    complete(index, resolved_[base].type, std::move(*result));
+    return Step::Finished;
+}
+
+void Resolver::complete(std::size_t index, std::int32_t type, std::string content) {
+    Resolved& resolved = resolved_[index];
+    std::string header(type_word(type));
+    header.append(" ").append(std::to_string(content.size())).push_back('\0');
+    resolved.name = objectName_(header, content);
+    resolved.type = type;
+    resolved.content = std::move(content);
+    resolved.state = State::Done;
+    if (hasRefDeltas_) {
+        byName_.emplace(resolved.name, index);
+    }
+}
+
+std::optional<std::size_t> Resolver::at_offset(std::size_t offset) const {
+    const auto found =
+        std::lower_bound(entries_.begin(), entries_.end(), offset,
+                         [](const PackEntry& entry, std::size_t value) { return entry.offset < value; });
+    if (found == entries_.end() || found->offset != offset) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(found - entries_.begin());
+}
+
+// Every entry before the cursor is named or pending, so a name not yet seen can only
+// belong to an entry at or after it; pending entries, this one included, are never
+// candidates.
+std::optional<std::size_t> Resolver::next_scan_candidate() {
+    while (scanCursor_ < resolved_.size() && resolved_[scanCursor_].state != State::Unresolved) {
+        ++scanCursor_;
+    }
+    if (scanCursor_ == resolved_.size()) {
+        return std::nullopt;
+    }
+    return scanCursor_;
+}
+
+// Inserted in name order so each insertion is at the end; of equal names the last in
+// pack order wins, as if each had replaced the one before.
+ObjectSet Resolver::take_objects() {
+    std::vector<std::size_t> order(resolved_.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [this](std::size_t a, std::size_t b) { return resolved_[a].name < resolved_[b].name; });
+    ObjectSet objects;
+    for (std::size_t position = 0; position < order.size(); ++position) {
+        Resolved& resolved = resolved_[order[position]];
+        if (position + 1 < order.size() && resolved_[order[position + 1]].name == resolved.name) {
+            continue;
+        }
+        std::string key = resolved.name;
+        objects.emplace_hint(objects.end(), std::move(key),
+                             GitObject{resolved.type, std::move(resolved.name), std::move(resolved.content)});
+    }
+    return objects;
+}
+
+} // namespace
+
+std::optional<ObjectSet> parse_packfile(std::string_view pack, const ObjectNameFunction& objectName) {
+    auto entries = read_pack_entries(pack);
+    if (!entries) {
+        return std::nullopt;
+    }
+    Resolver resolver(*entries, objectName);
+    for (std::size_t index = 0; index < entries->size(); ++index) {
+        if (!resolver.resolve(index)) {
+            return std::nullopt;
+        }
+    }
+    return resolver.take_objects();
+}
+
+} // namespace corvandell::git
