@@ -1,14 +1,130 @@
-// Fuzzes the zlib decoder: any input must end in a value or none, never a fault.
+// Fuzzes inflate and gunzip, with zlib as the reference. The first byte picks the mode:
+//   0  the rest is a zlib stream: ours never faults, and whatever zlib decodes in full
+//      (Adler-32 checked) ours decodes to the same bytes, occupying the same input;
+//   1  the rest is a text: zlib compresses it (level from the next byte), ours must give
+//      it back exactly, and the same stream cut inside its compressed data must fail;
+//   2  the rest is a gzip file: gunzip never faults;
+//   3  the rest is a text: zlib writes it as gzip, gunzip must give it back, and any cut
+//      of the file must fail (the trailer's CRC and length are checked).
+#include "webgames/git/Gzip.hpp"
 #include "webgames/git/Inflate.hpp"
+
+#include <zlib.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
-    // The expected size is only a hint; feed both a plausible and an absurd one.
-    corvandell::git::inflate_zlib(input, size * 4);
+namespace {
+
+void check(bool condition) {
+    if (!condition) {
+        __builtin_trap();
+    }
+}
+
+// zlib's own full decode of a zlib stream, with the input it occupied.
+std::optional<std::pair<std::string, std::size_t>> zlibReference(std::string_view input) {
+    z_stream stream{};
+    if (inflateInit(&stream) != Z_OK) {
+        return std::nullopt;
+    }
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
+    stream.avail_in = static_cast<uInt>(input.size());
+    std::string output;
+    int status = Z_OK;
+    char chunk[16384];
+    while (status == Z_OK && output.size() < (std::size_t{64} << 20)) {
+        stream.next_out = reinterpret_cast<Bytef*>(chunk);
+        stream.avail_out = sizeof(chunk);
+        status = inflate(&stream, Z_NO_FLUSH);
+        output.append(chunk, sizeof(chunk) - stream.avail_out);
+        if (status == Z_BUF_ERROR && stream.avail_in == 0) {
+            break;
+        }
+    }
+    const std::size_t consumed = input.size() - stream.avail_in;
+    inflateEnd(&stream);
+    if (status != Z_STREAM_END) {
+        return std::nullopt;
+    }
+    return std::make_pair(std::move(output), consumed);
+}
+
+std::string zlibCompress(std::string_view text, int level, int windowBits) {
+    z_stream stream{};
+    if (deflateInit2(&stream, level, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
+        __builtin_trap();
+    }
+    std::string output(deflateBound(&stream, static_cast<uLong>(text.size())) + 32, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+    stream.avail_in = static_cast<uInt>(text.size());
+    stream.next_out = reinterpret_cast<Bytef*>(output.data());
+    stream.avail_out = static_cast<uInt>(output.size());
+    check(deflate(&stream, Z_FINISH) == Z_STREAM_END);
+    output.resize(stream.total_out);
+    deflateEnd(&stream);
+    return output;
+}
+
+void zlibStream(std::string_view input) {
+    const auto ours = corvandell::git::inflate_zlib(input, input.size() * 4);
     corvandell::git::inflate_zlib(input, std::size_t{1} << 40);
+    if (const auto reference = zlibReference(input)) {
+        check(ours.has_value());
+        check(ours->bytes == reference->first);
+        check(ours->consumed == reference->second);
+    }
+}
+
+void compressedText(std::string_view rest) {
+    if (rest.empty()) {
+        return;
+    }
+    const int level = static_cast<unsigned char>(rest[0]) % 10;
+    const std::string_view text = rest.substr(1);
+    const std::string stream = zlibCompress(text, level, 15);
+    const auto ours = corvandell::git::inflate_zlib(stream, text.size());
+    check(ours.has_value() && ours->bytes == text && ours->consumed == stream.size());
+    // Past the 2-byte header and before the 4-byte trailer lies the compressed data; an
+    // input that ends anywhere inside it cannot be a whole stream.
+    if (stream.size() > 6) {
+        const std::size_t cut =
+            2 + static_cast<std::size_t>(static_cast<unsigned char>(rest[0])) % (stream.size() - 6);
+        check(!corvandell::git::inflate_zlib(std::string_view(stream).substr(0, cut), text.size()));
+    }
+}
+
+void gzippedText(std::string_view text) {
+    const std::string file = zlibCompress(text, 6, 31);
+    const auto ours = corvandell::git::gunzip(file);
+    check(ours.has_value() && *ours == text);
+    const std::size_t cut = text.empty() ? 0 : static_cast<unsigned char>(text[0]) % file.size();
+    check(!corvandell::git::gunzip(std::string_view(file).substr(0, cut)));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) {
+        return 0;
+    }
+    const std::string_view rest(reinterpret_cast<const char*>(data) + 1, size - 1);
+    switch (data[0] & 3) {
+    case 0:
+        zlibStream(rest);
+        break;
+    case 1:
+        compressedText(rest);
+        break;
+    case 2:
+        corvandell::git::gunzip(rest);
+        break;
+    default:
+        gzippedText(rest);
+        break;
+    }
     return 0;
 }
