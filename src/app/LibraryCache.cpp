@@ -6,6 +6,7 @@
 
 #include "api/JsonText.hpp"
 #include "app/DataPaths.hpp"
+#include "base/BoundedFileRead.hpp"
 #include "base/FileCommit.hpp"
 
 namespace corvandell {
@@ -13,6 +14,8 @@ namespace corvandell {
 namespace {
 
 constexpr std::string_view kLibraryFileName = "library.json";
+// A record is a few hundred bytes, so this holds well over a hundred thousand games.
+constexpr std::size_t kMaxLibraryBytes = 64 * 1024 * 1024;
 
 std::string formatRecord(const LibraryRecord& record) {
     std::string line = "{\"titleId\":\"" + escapeBodyString(record.titleId);
@@ -62,11 +65,7 @@ std::vector<LibraryRecord> parseLibrary(const std::string& text) {
 }
 
 std::vector<LibraryRecord> loadLibrary(const std::filesystem::path& dataFolder) {
-    const auto text = readWholeFile(dataFolder / kLibraryFileName);
-    if (!text) {
-        return {};
-    }
-    return parseLibrary(*text);
+    return parseLibrary(readFileBounded(dataFolder / kLibraryFileName, kMaxLibraryBytes).bytes);
 }
 
 void saveLibrary(const std::filesystem::path& dataFolder, const std::vector<LibraryRecord>& records) {

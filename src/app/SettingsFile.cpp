@@ -6,6 +6,7 @@
 #include "app/SettingsFile.hpp"
 
 #include "api/JsonText.hpp"
+#include "base/BoundedFileRead.hpp"
 #include "base/FileCommit.hpp"
 
 namespace corvandell {
@@ -13,6 +14,8 @@ namespace corvandell {
 namespace {
 
 constexpr std::string_view kSettingsFileName = "settings.json";
+// Far above anything the writer produces (tokens, a path, a few browser choices).
+constexpr std::size_t kMaxSettingsBytes = 1024 * 1024;
 
 void readStringField(const std::string& text, std::string_view key, std::string& field) {
     if (hasKey(text, key)) {
@@ -109,7 +112,7 @@ Settings parseSettings(const std::string& text, const std::filesystem::path& def
 }
 
 Settings loadSettings(const DataPaths& paths) {
-    const std::string text = readWholeFile(paths.dataFolder / kSettingsFileName).value_or(std::string());
+    const std::string text = readFileBounded(paths.dataFolder / kSettingsFileName, kMaxSettingsBytes).bytes;
     Settings settings = parseSettings(text, paths.defaultLibraryFolder);
     saveSettings(paths.dataFolder, settings);
     return settings;

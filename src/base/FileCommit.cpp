@@ -1,4 +1,4 @@
-// Whole-file reads and the write-beside-then-swap replacement of our JSON files.
+// The write-beside-then-swap replacement of our JSON files.
 //
 // The temporary file sits in the target's own folder so the final swap is a rename on one
 // volume, which the platforms make atomic; anywhere else it would become a copy. Its name
@@ -7,7 +7,6 @@
 
 #include "base/Utf8Path.hpp"
 
-#include <array>
 #include <cstdint>
 #include <fstream>
 #include <random>
@@ -17,8 +16,6 @@
 namespace corvandell {
 
 namespace {
-
-constexpr std::size_t kReadChunkBytes = 64 * 1024;
 
 std::string randomSuffix() {
     static constexpr char kHexDigits[] = "0123456789abcdef";
@@ -44,23 +41,6 @@ std::filesystem::path temporaryBeside(const std::filesystem::path& target) {
 }
 
 } // namespace
-
-std::optional<std::string> readWholeFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in.is_open()) {
-        return std::nullopt;
-    }
-    std::string bytes;
-    std::array<char, kReadChunkBytes> chunk{};
-    while (in.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || in.gcount() > 0) {
-        bytes.append(chunk.data(), static_cast<std::size_t>(in.gcount()));
-    }
-    // A folder opens fine on Linux and only fails on the first read.
-    if (in.bad()) {
-        return std::nullopt;
-    }
-    return bytes;
-}
 
 void replaceFileAtomically(const std::filesystem::path& target, std::string_view bytes) {
     const std::filesystem::path temporary = temporaryBeside(target);

@@ -1,4 +1,4 @@
-// Whole-file reads and crash-safe whole-file replacement.
+// Crash-safe whole-file replacement.
 //
 // settings.json holds the user's tokens, so a crash or a full disk in the middle of a
 // save must never leave it truncated: the new bytes go to a temporary file in the same
@@ -6,14 +6,10 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace corvandell {
-
-// The whole file, or nothing when it is missing or unreadable.
-std::optional<std::string> readWholeFile(const std::filesystem::path& file);
 
 // Writes the bytes beside the target and swaps them in; the old file survives any
 // failure. Throws std::runtime_error naming the file.
