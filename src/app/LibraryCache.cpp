@@ -5,17 +5,12 @@
 #include "app/LibraryCache.hpp"
 
 #include "api/JsonText.hpp"
-#include "app/DataPaths.hpp"
-#include "base/BoundedFileRead.hpp"
-#include "base/FileCommit.hpp"
 
 namespace corvandell {
 
 namespace {
 
 constexpr std::string_view kLibraryFileName = "library.json";
-// A record is a few hundred bytes, so this holds well over a hundred thousand games.
-constexpr std::size_t kMaxLibraryBytes = 64 * 1024 * 1024;
 
 std::string formatRecord(const LibraryRecord& record) {
     std::string line = "{\"titleId\":\"" + escapeBodyString(record.titleId);
@@ -64,13 +59,16 @@ std::vector<LibraryRecord> parseLibrary(const std::string& text) {
     return records;
 }
 
-std::vector<LibraryRecord> loadLibrary(const std::filesystem::path& dataFolder) {
-    return parseLibrary(readFileBounded(dataFolder / kLibraryFileName, kMaxLibraryBytes).bytes);
+GuardedFile libraryFileIn(const std::filesystem::path& dataFolder) {
+    return GuardedFile(dataFolder / kLibraryFileName, kMaxLibraryBytes);
 }
 
-void saveLibrary(const std::filesystem::path& dataFolder, const std::vector<LibraryRecord>& records) {
-    ensureDataFolder(dataFolder);
-    replaceFileAtomically(dataFolder / kLibraryFileName, formatLibrary(records));
+std::vector<LibraryRecord> loadLibrary(GuardedFile& file) {
+    return parseLibrary(file.load());
+}
+
+bool saveLibrary(GuardedFile& file, const std::vector<LibraryRecord>& records) {
+    return file.save(formatLibrary(records));
 }
 
 } // namespace corvandell

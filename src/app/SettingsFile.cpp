@@ -2,20 +2,18 @@
 //
 // The reader never rejects a file. Each field is looked up on its own, so a damaged or
 // hand-edited file keeps every value the scanners still find and defaults the rest; the
-// load then saves straight back, which rewrites any partial file complete.
+// load then saves straight back, which rewrites any partial file complete. That save goes
+// through the file's guard: a damaged original is kept beside it first, and a file that
+// could not be read is not written at all.
 #include "app/SettingsFile.hpp"
 
 #include "api/JsonText.hpp"
-#include "base/BoundedFileRead.hpp"
-#include "base/FileCommit.hpp"
 
 namespace corvandell {
 
 namespace {
 
 constexpr std::string_view kSettingsFileName = "settings.json";
-// Far above anything the writer produces (tokens, a path, a few browser choices).
-constexpr std::size_t kMaxSettingsBytes = 1024 * 1024;
 
 void readStringField(const std::string& text, std::string_view key, std::string& field) {
     if (hasKey(text, key)) {
@@ -111,16 +109,18 @@ Settings parseSettings(const std::string& text, const std::filesystem::path& def
     return settings;
 }
 
-Settings loadSettings(const DataPaths& paths) {
-    const std::string text = readFileBounded(paths.dataFolder / kSettingsFileName, kMaxSettingsBytes).bytes;
-    Settings settings = parseSettings(text, paths.defaultLibraryFolder);
-    saveSettings(paths.dataFolder, settings);
+GuardedFile settingsFileIn(const std::filesystem::path& dataFolder) {
+    return GuardedFile(dataFolder / kSettingsFileName, kMaxSettingsBytes);
+}
+
+Settings loadSettings(GuardedFile& file, const std::filesystem::path& defaultLibraryFolder) {
+    Settings settings = parseSettings(file.load(), defaultLibraryFolder);
+    saveSettings(file, settings);
     return settings;
 }
 
-void saveSettings(const std::filesystem::path& dataFolder, const Settings& settings) {
-    ensureDataFolder(dataFolder);
-    replaceFileAtomically(dataFolder / kSettingsFileName, formatSettings(settings));
+bool saveSettings(GuardedFile& file, const Settings& settings) {
+    return file.save(formatSettings(settings));
 }
 
 } // namespace corvandell

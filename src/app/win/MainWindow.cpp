@@ -20,6 +20,23 @@ constexpr wchar_t kTitle[] = L"Corvandell";
 constexpr wchar_t kBalloonText[] =
     L"Still running here. Right-click the star for Friends, Options, and Exit.";
 
+// Files that could not be read are never written in this run (see GuardedFile), which
+// the user has to know: their changes will not be there next time.
+std::wstring unsavedFilesNotice(const GuardedFile& settings, const GuardedFile& library) {
+    const bool isSettingsUnsaved = settings.condition() == FileCondition::Unreadable;
+    const bool isLibraryUnsaved = library.condition() == FileCondition::Unreadable;
+    if (isSettingsUnsaved && isLibraryUnsaved) {
+        return L"Could not read settings.json and library.json; neither will be saved this session.";
+    }
+    if (isSettingsUnsaved) {
+        return L"Could not read settings.json; your settings will not be saved this session.";
+    }
+    if (isLibraryUnsaved) {
+        return L"Could not read library.json; your installed games will not be saved this session.";
+    }
+    return {};
+}
+
 // Until the library sources are wired in, a refresh has nothing to gather.
 std::function<LibraryResult()> makeEmptyRefresh(const std::string&) {
     return [] {
@@ -31,9 +48,12 @@ std::function<LibraryResult()> makeEmptyRefresh(const std::string&) {
 
 } // namespace
 
-MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, MainWindowJobs jobs)
+MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, GuardedFile settingsFile,
+                       MainWindowJobs jobs)
     : instance_(instance), paths_(std::move(paths)), settings_(std::move(settings)), jobs_(std::move(jobs)),
-      installedGames_(loadLibrary(paths_.dataFolder)) {
+      settingsFile_(std::move(settingsFile)), libraryFile_(libraryFileIn(paths_.dataFolder)),
+      installedGames_(loadLibrary(libraryFile_)),
+      fileNotice_(unsavedFilesNotice(settingsFile_, libraryFile_)) {
     if (!jobs_.makeRefresh) {
         jobs_.makeRefresh = &makeEmptyRefresh;
     }
@@ -223,16 +243,20 @@ void MainWindow::onDestroy() {
     largeIcon_.reset();
     rowIcons_.clear();
     discardPendingResults();
+    saveFiles();
+    PostQuitMessage(0);
+}
+
+void MainWindow::saveFiles() noexcept {
     // Each file is saved on its own: a failure to write one must not cost the other.
     try {
-        saveSettings(paths_.dataFolder, settings_);
+        saveSettings(settingsFile_, settings_);
     } catch (...) {
     }
     try {
-        saveLibrary(paths_.dataFolder, installedGames_);
+        saveLibrary(libraryFile_, installedGames_);
     } catch (...) {
     }
-    PostQuitMessage(0);
 }
 
 // Results already queued for this window would otherwise die with the queue entry.
@@ -334,7 +358,8 @@ void MainWindow::onLibraryResult(std::unique_ptr<LibraryResult> result) {
 }
 
 void MainWindow::setStatus(const std::wstring& text) {
-    SetWindowTextW(status_, text.c_str());
+    const std::wstring line = fileNotice_.empty() ? text : fileNotice_ + L" " + text;
+    SetWindowTextW(status_, line.c_str());
 }
 
 std::wstring MainWindow::statusText() const {

@@ -33,7 +33,10 @@ struct MainWindowJobs {
 
 class MainWindow final : public Window {
 public:
-    MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, MainWindowJobs jobs = {});
+    // `settingsFile` is the guard the settings were loaded through; every later save of
+    // them goes through it too.
+    MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, GuardedFile settingsFile,
+               MainWindowJobs jobs = {});
     ~MainWindow() override;
 
     // Creates and shows the window, then runs the message loop until Exit; returns the
@@ -74,6 +77,7 @@ private:
     void showTrayMenu();
     void showRowMenu();
     void setStatus(const std::wstring& text);
+    void saveFiles() noexcept;
 
     int selectedRow() const noexcept;
     void refillList();
@@ -85,7 +89,11 @@ private:
     DataPaths paths_;
     Settings settings_;
     MainWindowJobs jobs_;
+    GuardedFile settingsFile_;
+    GuardedFile libraryFile_;
     std::vector<LibraryRecord> installedGames_;
+    // Why a file will not be saved this session; leads every status text.
+    std::wstring fileNotice_;
     std::vector<LibraryItem> rows_;
     std::map<std::string, UniqueIcon> rowIcons_;
 

@@ -26,10 +26,12 @@ void applyChosenSkin(const corvandell::DataPaths& paths, const corvandell::Setti
 int runClient(HINSTANCE instance, int showCommand) {
     const corvandell::win::WindowsEnvironment environment;
     const corvandell::DataPaths paths = corvandell::resolveDataPaths(environment);
-    corvandell::Settings settings = corvandell::loadSettings(paths);
+    corvandell::GuardedFile settingsFile = corvandell::settingsFileIn(paths.dataFolder);
+    corvandell::Settings settings = corvandell::loadSettings(settingsFile, paths.defaultLibraryFolder);
     applyChosenSkin(paths, settings);
 
-    auto window = std::make_unique<corvandell::win::MainWindow>(instance, paths, std::move(settings));
+    auto window = std::make_unique<corvandell::win::MainWindow>(instance, paths, std::move(settings),
+                                                                std::move(settingsFile));
     const int exitCode = window->run(showCommand);
     window.reset();
     return exitCode;

@@ -32,7 +32,8 @@ protected:
         };
         const DataPaths paths{folder_.path() / "data", folder_.path() / "games"};
         window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths,
-                                               defaultSettings(paths.defaultLibraryFolder), std::move(jobs));
+                                               defaultSettings(paths.defaultLibraryFolder),
+                                               settingsFileIn(paths.dataFolder), std::move(jobs));
         ASSERT_TRUE(window_->create(SW_HIDE));
         test::pumpUntil([this] { return window_->statusText() == L"Library refreshed."; }, 5000);
     }
