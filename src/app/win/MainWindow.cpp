@@ -103,7 +103,8 @@ int MainWindow::run(int showCommand) {
 
 void MainWindow::refresh() {
     setStatus(L"Loading library...");
-    startUiJob<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(narrow(hwndText(search_))));
+    jobThreads_.start<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(narrow(hwndText(search_))),
+                                     "Refresh failed: ");
 }
 
 HWND MainWindow::childWindow(ChildKind kind) const noexcept {
@@ -242,8 +243,11 @@ void MainWindow::onDestroy() {
     smallIcon_.reset();
     largeIcon_.reset();
     rowIcons_.clear();
-    discardPendingResults();
     saveFiles();
+    // A job still running would post to a window that is gone; its result is freed with
+    // the rest once it has arrived.
+    jobThreads_.waitForAll();
+    discardPendingResults();
     PostQuitMessage(0);
 }
 

@@ -12,6 +12,7 @@
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/TrayIcon.hpp"
+#include "app/win/UiJob.hpp"
 #include "app/win/Window.hpp"
 #include "base/win/UniqueHandle.hpp"
 #include "stores/win/StoreWatcher.hpp"
@@ -111,6 +112,8 @@ private:
     StoreWatcher storeWatcher_;
     bool balloonShown_ = false;
     int balloonsShown_ = 0;
+    // Last, so that on every path its jobs end before anything they may use is destroyed.
+    UiJobThreads jobThreads_;
 };
 
 } // namespace corvandell::win
