@@ -5,6 +5,7 @@
 #include <commctrl.h>
 
 #include "app/win/MainWindow.hpp"
+#include "app/win/SingleInstance.hpp"
 #include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
 #include "app/win/UiJob.hpp"
@@ -50,9 +51,9 @@ std::function<LibraryResult()> makeEmptyRefresh(const std::string&) {
 
 MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, GuardedFile settingsFile,
                        MainWindowJobs jobs)
-    : instance_(instance), paths_(std::move(paths)), settings_(std::move(settings)), jobs_(std::move(jobs)),
-      settingsFile_(std::move(settingsFile)), libraryFile_(libraryFileIn(paths_.dataFolder)),
-      installedGames_(loadLibrary(libraryFile_)),
+    : instance_(instance), paths_(std::move(paths)), dataFolderKey_(dataFolderKey(paths_.dataFolder)),
+      settings_(std::move(settings)), jobs_(std::move(jobs)), settingsFile_(std::move(settingsFile)),
+      libraryFile_(libraryFileIn(paths_.dataFolder)), installedGames_(loadLibrary(libraryFile_)),
       fileNotice_(unsavedFilesNotice(settingsFile_, libraryFile_)) {
     if (!jobs_.makeRefresh) {
         jobs_.makeRefresh = &makeEmptyRefresh;
@@ -134,6 +135,13 @@ LRESULT MainWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) no
 }
 
 LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
+    // A second corvandell.exe on this data folder asks this one to come forward.
+    if (message != 0 && message == showRunningClientMessage()) {
+        if (static_cast<std::uint64_t>(lParam) == dataFolderKey_) {
+            showFromTray();
+        }
+        return 0;
+    }
     switch (message) {
     case WM_CREATE:
         onCreate();
@@ -146,6 +154,11 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_DESTROY:
         onDestroy();
+        return 0;
+    case WM_QUERYENDSESSION:
+        return TRUE;
+    case WM_ENDSESSION:
+        onEndSession(wParam != FALSE);
         return 0;
     case WM_MEASUREITEM: {
         auto* measure = reinterpret_cast<MEASUREITEMSTRUCT*>(lParam);
@@ -249,6 +262,14 @@ void MainWindow::onDestroy() {
     jobThreads_.waitForAll();
     discardPendingResults();
     PostQuitMessage(0);
+}
+
+// Log-off and shutdown may end the process right after this returns, without WM_DESTROY,
+// so this is the last moment to save.
+void MainWindow::onEndSession(bool isEnding) {
+    if (isEnding) {
+        saveFiles();
+    }
 }
 
 void MainWindow::saveFiles() noexcept {

@@ -17,6 +17,7 @@
 #include "base/win/UniqueHandle.hpp"
 #include "stores/win/StoreWatcher.hpp"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -66,6 +67,7 @@ private:
     void onCreate();
     void onClose();
     void onDestroy();
+    void onEndSession(bool isEnding);
     void onCommand(int id, int notification);
     LRESULT onNotify(const NMHDR& header);
     void onTrayIcon(UINT mouseMessage);
@@ -88,6 +90,7 @@ private:
 
     HINSTANCE instance_;
     DataPaths paths_;
+    std::uint64_t dataFolderKey_;
     Settings settings_;
     MainWindowJobs jobs_;
     GuardedFile settingsFile_;

@@ -96,9 +96,23 @@ HWND ClientUnderTest::waitForWindow(DWORD timeoutMs) const {
     // Another test process may show a main window of its own, so match the process too.
     const ULONGLONG deadline = GetTickCount64() + timeoutMs;
     while (GetTickCount64() < deadline && WaitForSingleObject(process_.get(), 50) == WAIT_TIMEOUT) {
-        if (HWND window = findWindowOf(processId_, L"CorvandellClientWindow", L"Corvandell")) {
+        // Found before it is shown, the window is still being set up: hiding it then
+        // would be undone by the client's own ShowWindow a moment later.
+        if (HWND window = findWindowOf(processId_, L"CorvandellClientWindow", L"Corvandell");
+            window != nullptr && IsWindowVisible(window)) {
             return window;
         }
+    }
+    return nullptr;
+}
+
+HWND ClientUnderTest::waitForMessageBox(DWORD timeoutMs) const {
+    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
+    while (process_ && GetTickCount64() < deadline) {
+        if (HWND box = findWindowOf(processId_, L"#32770", nullptr); box != nullptr && IsWindowVisible(box)) {
+            return box;
+        }
+        Sleep(50);
     }
     return nullptr;
 }
@@ -125,6 +139,11 @@ std::wstring windowTextOf(HWND window) {
     }
     text.resize(copied);
     return text;
+}
+
+std::wstring messageBoxText(HWND box) {
+    constexpr int kMessageBoxTextId = 0xFFFF; // the static control MessageBox puts the text in
+    return windowTextOf(GetDlgItem(box, kMessageBoxTextId));
 }
 
 std::wstring statusLineOf(HWND mainWindow) {

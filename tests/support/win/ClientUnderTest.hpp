@@ -26,8 +26,11 @@ public:
     bool isStarted() const noexcept { return static_cast<bool>(process_); }
     DWORD processId() const noexcept { return processId_; }
 
-    // This client's main window once it exists; nullptr if it never came or the client ended.
+    // This client's main window once it is shown; nullptr if it never came or the client
+    // ended.
     HWND waitForWindow(DWORD timeoutMs) const;
+    // A message box this client shows (dialog class "#32770"); nullptr if none came.
+    HWND waitForMessageBox(DWORD timeoutMs) const;
     // The exit code, or nothing when the client is still running after `timeoutMs`.
     std::optional<DWORD> waitForExit(DWORD timeoutMs) const;
 
@@ -39,7 +42,8 @@ private:
 // Another process's window text, read through WM_GETTEXT as any other program would.
 std::wstring windowTextOf(HWND window);
 
-// The main window's status line.
+// The text of a message box (its static control), and the main window's status line.
+std::wstring messageBoxText(HWND box);
 std::wstring statusLineOf(HWND mainWindow);
 
 // Waits until the status line starts with the text (true) or `timeoutMs` passes (false).
