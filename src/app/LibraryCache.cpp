@@ -5,8 +5,6 @@
 #include "app/LibraryCache.hpp"
 
 #include "api/JsonText.hpp"
-#include "app/DataPaths.hpp"
-#include "base/FileCommit.hpp"
 
 namespace corvandell {
 
@@ -61,17 +59,16 @@ std::vector<LibraryRecord> parseLibrary(const std::string& text) {
     return records;
 }
 
-std::vector<LibraryRecord> loadLibrary(const std::filesystem::path& dataFolder) {
-    const auto text = readWholeFile(dataFolder / kLibraryFileName);
-    if (!text) {
-        return {};
-    }
-    return parseLibrary(*text);
+GuardedFile libraryFileIn(const std::filesystem::path& dataFolder) {
+    return GuardedFile(dataFolder / kLibraryFileName, kMaxLibraryBytes);
 }
 
-void saveLibrary(const std::filesystem::path& dataFolder, const std::vector<LibraryRecord>& records) {
-    ensureDataFolder(dataFolder);
-    replaceFileAtomically(dataFolder / kLibraryFileName, formatLibrary(records));
+std::vector<LibraryRecord> loadLibrary(GuardedFile& file) {
+    return parseLibrary(file.load());
+}
+
+bool saveLibrary(GuardedFile& file, const std::vector<LibraryRecord>& records) {
+    return file.save(formatLibrary(records));
 }
 
 } // namespace corvandell

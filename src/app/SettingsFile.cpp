@@ -2,11 +2,12 @@
 //
 // The reader never rejects a file. Each field is looked up on its own, so a damaged or
 // hand-edited file keeps every value the scanners still find and defaults the rest; the
-// load then saves straight back, which rewrites any partial file complete.
+// load then saves straight back, which rewrites any partial file complete. That save goes
+// through the file's guard: a damaged original is kept beside it first, and a file that
+// could not be read is not written at all.
 #include "app/SettingsFile.hpp"
 
 #include "api/JsonText.hpp"
-#include "base/FileCommit.hpp"
 
 namespace corvandell {
 
@@ -108,16 +109,18 @@ Settings parseSettings(const std::string& text, const std::filesystem::path& def
     return settings;
 }
 
-Settings loadSettings(const DataPaths& paths) {
-    const std::string text = readWholeFile(paths.dataFolder / kSettingsFileName).value_or(std::string());
-    Settings settings = parseSettings(text, paths.defaultLibraryFolder);
-    saveSettings(paths.dataFolder, settings);
+GuardedFile settingsFileIn(const std::filesystem::path& dataFolder) {
+    return GuardedFile(dataFolder / kSettingsFileName, kMaxSettingsBytes);
+}
+
+Settings loadSettings(GuardedFile& file, const std::filesystem::path& defaultLibraryFolder) {
+    Settings settings = parseSettings(file.load(), defaultLibraryFolder);
+    saveSettings(file, settings);
     return settings;
 }
 
-void saveSettings(const std::filesystem::path& dataFolder, const Settings& settings) {
-    ensureDataFolder(dataFolder);
-    replaceFileAtomically(dataFolder / kSettingsFileName, formatSettings(settings));
+bool saveSettings(GuardedFile& file, const Settings& settings) {
+    return file.save(formatSettings(settings));
 }
 
 } // namespace corvandell

@@ -8,7 +8,7 @@
 
 #include "api/JsonText.hpp"
 #include "app/DataPaths.hpp"
-#include "base/FileCommit.hpp"
+#include "base/BoundedFileRead.hpp"
 
 #include <algorithm>
 #include <array>
@@ -97,6 +97,9 @@ std::vector<std::filesystem::path> skinFiles(const std::filesystem::path& folder
     return files;
 }
 
+// Eleven colours and two names; anything bigger is not a skin.
+constexpr std::size_t kMaxSkinFileBytes = 1024 * 1024;
+
 Skin& themeStorage() {
     static Skin theme = builtInDark();
     return theme;
@@ -152,11 +155,11 @@ std::vector<Skin> loadSkins(const std::filesystem::path& dataFolder) {
         return skins;
     }
     for (const std::filesystem::path& file : skinFiles(folder)) {
-        const auto text = readWholeFile(file);
-        if (!text) {
+        const FileRead read = readFileBounded(file, kMaxSkinFileBytes);
+        if (read.status != FileReadStatus::Ok) {
             continue;
         }
-        Skin skin = parseSkin(*text, baseFor(readString(*text, "id")));
+        Skin skin = parseSkin(read.bytes, baseFor(readString(read.bytes, "id")));
         const auto sameId = std::find_if(skins.begin(), skins.end(),
                                          [&](const Skin& listed) { return listed.id == skin.id; });
         if (sameId != skins.end()) {

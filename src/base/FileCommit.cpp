@@ -1,4 +1,4 @@
-// Whole-file reads and the write-beside-then-swap replacement of our JSON files.
+// The write-beside-then-swap replacement of our JSON files.
 //
 // The temporary file sits in the target's own folder so the final swap is a rename on one
 // volume, which the platforms make atomic; anywhere else it would become a copy. Its name
@@ -7,24 +7,25 @@
 
 #include "base/Utf8Path.hpp"
 
-#include <array>
 #include <cstdint>
 #include <fstream>
 #include <random>
 #include <stdexcept>
 #include <system_error>
+#include <vector>
 
 namespace corvandell {
 
 namespace {
 
-constexpr std::size_t kReadChunkBytes = 64 * 1024;
+constexpr std::size_t kSuffixDigits = 16;
+constexpr std::string_view kTemporaryMark = ".tmp-";
 
 std::string randomSuffix() {
     static constexpr char kHexDigits[] = "0123456789abcdef";
     std::random_device device;
     std::uint64_t bits = (static_cast<std::uint64_t>(device()) << 32) ^ device();
-    std::string suffix(16, '0');
+    std::string suffix(kSuffixDigits, '0');
     for (char& digit : suffix) {
         digit = kHexDigits[bits & 0x0F];
         bits >>= 4;
@@ -32,9 +33,19 @@ std::string randomSuffix() {
     return suffix;
 }
 
+std::string temporaryPrefix(const std::filesystem::path& target) {
+    return "." + pathToUtf8(target.filename()) + std::string(kTemporaryMark);
+}
+
 std::filesystem::path temporaryBeside(const std::filesystem::path& target) {
-    const std::string name = "." + pathToUtf8(target.filename()) + ".tmp-" + randomSuffix();
-    return target.parent_path() / pathFromUtf8(name);
+    return target.parent_path() / pathFromUtf8(temporaryPrefix(target) + randomSuffix());
+}
+
+bool isTemporaryOf(const std::string& name, const std::string& prefix) {
+    if (name.size() != prefix.size() + kSuffixDigits || !name.starts_with(prefix)) {
+        return false;
+    }
+    return name.find_first_not_of("0123456789abcdef", prefix.size()) == std::string::npos;
 }
 
 [[noreturn]] void failSave(const std::filesystem::path& temporary, const std::filesystem::path& target) {
@@ -45,21 +56,25 @@ std::filesystem::path temporaryBeside(const std::filesystem::path& target) {
 
 } // namespace
 
-std::optional<std::string> readWholeFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in.is_open()) {
-        return std::nullopt;
+std::size_t removeLeftoverTemporaries(const std::filesystem::path& target) {
+    const std::filesystem::path folder = target.parent_path().empty() ? "." : target.parent_path();
+    const std::string prefix = temporaryPrefix(target);
+    std::error_code error;
+    std::vector<std::filesystem::path> leftovers;
+    for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end;
+         it.increment(error)) {
+        if (it->is_regular_file(error) && !it->is_symlink(error) &&
+            isTemporaryOf(pathToUtf8(it->path().filename()), prefix)) {
+            leftovers.push_back(it->path());
+        }
     }
-    std::string bytes;
-    std::array<char, kReadChunkBytes> chunk{};
-    while (in.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || in.gcount() > 0) {
-        bytes.append(chunk.data(), static_cast<std::size_t>(in.gcount()));
+    std::size_t removed = 0;
+    for (const std::filesystem::path& leftover : leftovers) {
+        if (std::filesystem::remove(leftover, error)) {
+            ++removed;
+        }
     }
-    // A folder opens fine on Linux and only fails on the first read.
-    if (in.bad()) {
-        return std::nullopt;
-    }
-    return bytes;
+    return removed;
 }
 
 void replaceFileAtomically(const std::filesystem::path& target, std::string_view bytes) {

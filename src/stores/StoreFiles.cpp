@@ -3,28 +3,19 @@
 #include "stores/StoreFiles.hpp"
 
 #include "base/AsciiText.hpp"
+#include "base/BoundedFileRead.hpp"
 #include "base/Utf8Path.hpp"
 
 #include <cstdint>
-#include <fstream>
 
 namespace corvandell {
 
 std::optional<std::string> readStoreFile(const std::filesystem::path& file) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error)) {
+    FileRead read = readFileBounded(file, kMaxStoreFileBytes);
+    if (read.status != FileReadStatus::Ok) {
         return std::nullopt;
     }
-    const auto size = std::filesystem::file_size(file, error);
-    if (error || size > kMaxStoreFileBytes) {
-        return std::nullopt;
-    }
-    std::ifstream in(file, std::ios::binary);
-    std::string bytes(static_cast<size_t>(size), '\0');
-    if (!in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) {
-        return std::nullopt;
-    }
-    return bytes;
+    return std::move(read.bytes);
 }
 
 void appendUtf8CodePoint(std::string& out, std::uint32_t codePoint) {

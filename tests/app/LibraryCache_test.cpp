@@ -18,8 +18,9 @@ TEST(LibraryCache, SavedRecordsKeepTheLineLayoutAndLoadBackUnchanged) {
     };
     const test::TempFolder temp;
     const auto data = temp.path() / "Corvandell";
-    EXPECT_TRUE(loadLibrary(data).empty());
-    saveLibrary(data, records);
+    GuardedFile file = libraryFileIn(data);
+    EXPECT_TRUE(loadLibrary(file).empty());
+    saveLibrary(file, records);
     EXPECT_EQ(test::readTestFile(data / "library.json"),
               "[\n"
               R"({"titleId":"t-1","name":"Quote \"Quest\"","installPath":"C:\\Games\\Quest",)"
@@ -29,7 +30,8 @@ TEST(LibraryCache, SavedRecordsKeepTheLineLayoutAndLoadBackUnchanged) {
               "{\"titleId\":\"t-2\",\"name\":\"J\xC3\xA4ger\r\\nII\",\"installPath\":\"\","
               R"("executablePath":"","favorite":false,"installedAtUnix":-1,"lastPlayedAtUnix":0})"
               "\n]\n");
-    EXPECT_EQ(loadLibrary(data), records);
+    GuardedFile again = libraryFileIn(data);
+    EXPECT_EQ(loadLibrary(again), records);
 }
 
 } // namespace

@@ -20,7 +20,8 @@ const fs::path kGames = pathFromUtf8("/srv/CorvandellGames");
 TEST(Settings, LoadRewritesABareObjectCompleteInWriterOrder) {
     const test::TempFolder temp;
     temp.writeFile("settings.json", "{}");
-    EXPECT_EQ(loadSettings(DataPaths{temp.path(), kGames}), defaultSettings(kGames));
+    GuardedFile file = settingsFileIn(temp.path());
+    EXPECT_EQ(loadSettings(file, kGames), defaultSettings(kGames));
     EXPECT_EQ(test::readTestFile(temp.path() / "settings.json"),
               "{\n\"apiBaseUrl\":\"" + std::string(kProductionApiBaseUrl) +
                   "\",\n"
@@ -47,7 +48,8 @@ TEST(Settings, AFailedSaveKeepsTheOldFileAndLeavesNoTemporary) {
     // A folder in the file's place: no rename can replace it, even for root.
     temp.writeFile("settings.json/keep.txt", "old");
     try {
-        saveSettings(temp.path(), defaultSettings(kGames));
+        GuardedFile file = settingsFileIn(temp.path());
+        saveSettings(file, defaultSettings(kGames));
         FAIL() << "expected the save to fail";
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "Could not save settings.json");
@@ -75,8 +77,10 @@ TEST(Settings, EveryFieldSurvivesSaveAndLoadWithAwkwardValues) {
     settings.webGameBrowsers = {{"owner/\"game\"", "fire\"fox"}, {"a\\b", ""}, {"z", "chromium"}};
     const test::TempFolder temp;
     const fs::path data = temp.path() / "Roaming" / "Corvandell"; // not there yet
-    saveSettings(data, settings);
-    EXPECT_EQ(loadSettings(DataPaths{data, kGames}), settings) << formatSettings(settings);
+    GuardedFile saved = settingsFileIn(data);
+    saveSettings(saved, settings);
+    GuardedFile loaded = settingsFileIn(data);
+    EXPECT_EQ(loadSettings(loaded, kGames), settings) << formatSettings(settings);
 }
 
 TEST(Settings, WebGameBrowsersKeepThePairsReadBeforeAnythingMalformed) {

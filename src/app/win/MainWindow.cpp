@@ -5,6 +5,7 @@
 #include <commctrl.h>
 
 #include "app/win/MainWindow.hpp"
+#include "app/win/SingleInstance.hpp"
 #include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
 #include "app/win/UiJob.hpp"
@@ -20,6 +21,23 @@ constexpr wchar_t kTitle[] = L"Corvandell";
 constexpr wchar_t kBalloonText[] =
     L"Still running here. Right-click the star for Friends, Options, and Exit.";
 
+// Files that could not be read are never written in this run (see GuardedFile), which
+// the user has to know: their changes will not be there next time.
+std::wstring unsavedFilesNotice(const GuardedFile& settings, const GuardedFile& library) {
+    const bool isSettingsUnsaved = settings.condition() == FileCondition::Unreadable;
+    const bool isLibraryUnsaved = library.condition() == FileCondition::Unreadable;
+    if (isSettingsUnsaved && isLibraryUnsaved) {
+        return L"Could not read settings.json and library.json; neither will be saved this session.";
+    }
+    if (isSettingsUnsaved) {
+        return L"Could not read settings.json; your settings will not be saved this session.";
+    }
+    if (isLibraryUnsaved) {
+        return L"Could not read library.json; your installed games will not be saved this session.";
+    }
+    return {};
+}
+
 // Until the library sources are wired in, a refresh has nothing to gather.
 std::function<LibraryResult()> makeEmptyRefresh(const std::string&) {
     return [] {
@@ -31,9 +49,12 @@ std::function<LibraryResult()> makeEmptyRefresh(const std::string&) {
 
 } // namespace
 
-MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, MainWindowJobs jobs)
-    : instance_(instance), paths_(std::move(paths)), settings_(std::move(settings)), jobs_(std::move(jobs)),
-      installedGames_(loadLibrary(paths_.dataFolder)) {
+MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, GuardedFile settingsFile,
+                       MainWindowJobs jobs)
+    : instance_(instance), paths_(std::move(paths)), dataFolderKey_(dataFolderKey(paths_.dataFolder)),
+      settings_(std::move(settings)), jobs_(std::move(jobs)), settingsFile_(std::move(settingsFile)),
+      libraryFile_(libraryFileIn(paths_.dataFolder)), installedGames_(loadLibrary(libraryFile_)),
+      fileNotice_(unsavedFilesNotice(settingsFile_, libraryFile_)) {
     if (!jobs_.makeRefresh) {
         jobs_.makeRefresh = &makeEmptyRefresh;
     }
@@ -83,7 +104,8 @@ int MainWindow::run(int showCommand) {
 
 void MainWindow::refresh() {
     setStatus(L"Loading library...");
-    startUiJob<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(narrow(hwndText(search_))));
+    jobThreads_.start<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(narrow(hwndText(search_))),
+                                     "Refresh failed: ");
 }
 
 HWND MainWindow::childWindow(ChildKind kind) const noexcept {
@@ -113,6 +135,13 @@ LRESULT MainWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) no
 }
 
 LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
+    // A second corvandell.exe on this data folder asks this one to come forward.
+    if (message != 0 && message == showRunningClientMessage()) {
+        if (static_cast<std::uint64_t>(lParam) == dataFolderKey_) {
+            showFromTray();
+        }
+        return 0;
+    }
     switch (message) {
     case WM_CREATE:
         onCreate();
@@ -125,6 +154,11 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_DESTROY:
         onDestroy();
+        return 0;
+    case WM_QUERYENDSESSION:
+        return TRUE;
+    case WM_ENDSESSION:
+        onEndSession(wParam != FALSE);
         return 0;
     case WM_MEASUREITEM: {
         auto* measure = reinterpret_cast<MEASUREITEMSTRUCT*>(lParam);
@@ -222,17 +256,32 @@ void MainWindow::onDestroy() {
     smallIcon_.reset();
     largeIcon_.reset();
     rowIcons_.clear();
+    saveFiles();
+    // A job still running would post to a window that is gone; its result is freed with
+    // the rest once it has arrived.
+    jobThreads_.waitForAll();
     discardPendingResults();
+    PostQuitMessage(0);
+}
+
+// Log-off and shutdown may end the process right after this returns, without WM_DESTROY,
+// so this is the last moment to save.
+void MainWindow::onEndSession(bool isEnding) {
+    if (isEnding) {
+        saveFiles();
+    }
+}
+
+void MainWindow::saveFiles() noexcept {
     // Each file is saved on its own: a failure to write one must not cost the other.
     try {
-        saveSettings(paths_.dataFolder, settings_);
+        saveSettings(settingsFile_, settings_);
     } catch (...) {
     }
     try {
-        saveLibrary(paths_.dataFolder, installedGames_);
+        saveLibrary(libraryFile_, installedGames_);
     } catch (...) {
     }
-    PostQuitMessage(0);
 }
 
 // Results already queued for this window would otherwise die with the queue entry.
@@ -334,7 +383,8 @@ void MainWindow::onLibraryResult(std::unique_ptr<LibraryResult> result) {
 }
 
 void MainWindow::setStatus(const std::wstring& text) {
-    SetWindowTextW(status_, text.c_str());
+    const std::wstring line = fileNotice_.empty() ? text : fileNotice_ + L" " + text;
+    SetWindowTextW(status_, line.c_str());
 }
 
 std::wstring MainWindow::statusText() const {

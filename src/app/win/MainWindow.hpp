@@ -12,10 +12,12 @@
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/TrayIcon.hpp"
+#include "app/win/UiJob.hpp"
 #include "app/win/Window.hpp"
 #include "base/win/UniqueHandle.hpp"
 #include "stores/win/StoreWatcher.hpp"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -33,7 +35,10 @@ struct MainWindowJobs {
 
 class MainWindow final : public Window {
 public:
-    MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, MainWindowJobs jobs = {});
+    // `settingsFile` is the guard the settings were loaded through; every later save of
+    // them goes through it too.
+    MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, GuardedFile settingsFile,
+               MainWindowJobs jobs = {});
     ~MainWindow() override;
 
     // Creates and shows the window, then runs the message loop until Exit; returns the
@@ -62,6 +67,7 @@ private:
     void onCreate();
     void onClose();
     void onDestroy();
+    void onEndSession(bool isEnding);
     void onCommand(int id, int notification);
     LRESULT onNotify(const NMHDR& header);
     void onTrayIcon(UINT mouseMessage);
@@ -74,6 +80,7 @@ private:
     void showTrayMenu();
     void showRowMenu();
     void setStatus(const std::wstring& text);
+    void saveFiles() noexcept;
 
     int selectedRow() const noexcept;
     void refillList();
@@ -83,9 +90,14 @@ private:
 
     HINSTANCE instance_;
     DataPaths paths_;
+    std::uint64_t dataFolderKey_;
     Settings settings_;
     MainWindowJobs jobs_;
+    GuardedFile settingsFile_;
+    GuardedFile libraryFile_;
     std::vector<LibraryRecord> installedGames_;
+    // Why a file will not be saved this session; leads every status text.
+    std::wstring fileNotice_;
     std::vector<LibraryItem> rows_;
     std::map<std::string, UniqueIcon> rowIcons_;
 
@@ -103,6 +115,8 @@ private:
     StoreWatcher storeWatcher_;
     bool balloonShown_ = false;
     int balloonsShown_ = 0;
+    // Last, so that on every path its jobs end before anything they may use is destroyed.
+    UiJobThreads jobThreads_;
 };
 
 } // namespace corvandell::win

@@ -1,5 +1,5 @@
-// Process entry: resolve the data folder, load settings and skins, then run the library
-// window until the user chooses Exit.
+// Process entry: resolve the data folder, make sure no other client runs on it, load
+// settings and skins, then run the library window until the user chooses Exit.
 
 #include <windows.h>
 
@@ -7,6 +7,8 @@
 #include "app/SettingsFile.hpp"
 #include "app/Skins.hpp"
 #include "app/win/MainWindow.hpp"
+#include "app/win/SingleInstance.hpp"
+#include "base/win/WideText.hpp"
 #include "base/win/WindowsEnvironment.hpp"
 
 #include <exception>
@@ -26,10 +28,18 @@ void applyChosenSkin(const corvandell::DataPaths& paths, const corvandell::Setti
 int runClient(HINSTANCE instance, int showCommand) {
     const corvandell::win::WindowsEnvironment environment;
     const corvandell::DataPaths paths = corvandell::resolveDataPaths(environment);
-    corvandell::Settings settings = corvandell::loadSettings(paths);
+    // Before anything is read: the load-time rewrite of settings.json is already a write.
+    const corvandell::win::SingleInstance onlyClient(paths.dataFolder);
+    if (!onlyClient.isFirst()) {
+        onlyClient.activateRunningClient();
+        return 0;
+    }
+    corvandell::GuardedFile settingsFile = corvandell::settingsFileIn(paths.dataFolder);
+    corvandell::Settings settings = corvandell::loadSettings(settingsFile, paths.defaultLibraryFolder);
     applyChosenSkin(paths, settings);
 
-    auto window = std::make_unique<corvandell::win::MainWindow>(instance, paths, std::move(settings));
+    auto window = std::make_unique<corvandell::win::MainWindow>(instance, paths, std::move(settings),
+                                                                std::move(settingsFile));
     const int exitCode = window->run(showCommand);
     window.reset();
     return exitCode;
@@ -41,7 +51,10 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int showCommand) {
     try {
         return runClient(instance, showCommand);
     } catch (const std::exception& error) {
-        MessageBoxA(nullptr, error.what(), "Corvandell", MB_OK | MB_ICONERROR);
+        // Our error texts are UTF-8 (they may quote a server's reply or a path); the A
+        // function would read them in the ANSI code page.
+        MessageBoxW(nullptr, corvandell::win::widen(error.what()).c_str(), L"Corvandell",
+                    MB_OK | MB_ICONERROR);
         return 1;
     }
 }

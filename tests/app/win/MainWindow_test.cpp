@@ -11,10 +11,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace corvandell::win {
@@ -26,13 +30,17 @@ protected:
         applyTheme(builtInSkins()[0]);
         MainWindowJobs jobs;
         // Called on this thread; the job gets a copy of the answer.
-        jobs.makeRefresh = [this](const std::string& query) {
+        jobs.makeRefresh = [this](const std::string& query) -> std::function<LibraryResult()> {
             queries_.push_back(query);
+            if (nextProducer_) {
+                return std::exchange(nextProducer_, nullptr);
+            }
             return [answer = answer_] { return answer; };
         };
         const DataPaths paths{folder_.path() / "data", folder_.path() / "games"};
         window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths,
-                                               defaultSettings(paths.defaultLibraryFolder), std::move(jobs));
+                                               defaultSettings(paths.defaultLibraryFolder),
+                                               settingsFileIn(paths.dataFolder), std::move(jobs));
         ASSERT_TRUE(window_->create(SW_HIDE));
         test::pumpUntil([this] { return window_->statusText() == L"Library refreshed."; }, 5000);
     }
@@ -45,6 +53,7 @@ protected:
     test::TempFolder folder_;
     std::vector<std::string> queries_;
     LibraryResult answer_{true, {}, {}};
+    std::function<LibraryResult()> nextProducer_; // used once instead of answer_
     std::unique_ptr<MainWindow> window_;
 };
 
@@ -109,6 +118,32 @@ TEST_F(MainWindowTest, RefreshResultsFillTheListAndAFailureOnlySetsTheStatus) {
     answer_ = {false, {}, "Refresh failed: HTTP request failed"};
     refreshAndWait(L"Refresh failed: HTTP request failed");
     EXPECT_EQ(ListView_GetItemCount(list), 2);
+
+    nextProducer_ = []() -> LibraryResult { throw std::runtime_error("Invalid URL"); };
+    refreshAndWait(L"Refresh failed: Invalid URL");
+    EXPECT_EQ(ListView_GetItemCount(list), 2);
+}
+
+TEST_F(MainWindowTest, DestroyingTheWindowWaitsForTheJobStillRunning) {
+    struct JobTrace {
+        std::atomic<DWORD> threadId{0};
+        std::atomic<bool> isFinished{false};
+    };
+    auto trace = std::make_shared<JobTrace>();
+    nextProducer_ = [trace] {
+        trace->threadId = GetCurrentThreadId();
+        Sleep(500);
+        trace->isFinished = true;
+        return LibraryResult{true, {}, {}};
+    };
+    SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
+    ASSERT_TRUE(test::pumpUntil([&] { return trace->threadId != 0; }, 5000));
+
+    window_.reset();
+    EXPECT_TRUE(trace->isFinished) << "the window was destroyed under a running job";
+    UniqueKernelHandle thread(OpenThread(SYNCHRONIZE, FALSE, trace->threadId));
+    EXPECT_TRUE(!thread || WaitForSingleObject(thread.get(), 0) == WAIT_OBJECT_0)
+        << "the job's thread lives on";
 }
 
 // The tray menu runs a modal loop on this thread, which reads every keyboard message of

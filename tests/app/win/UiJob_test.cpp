@@ -1,4 +1,5 @@
-// Background job results: one posted to a window that is gone is freed by the worker.
+// Background job results: a producer that throws is still reported, and one posted to a
+// window that is gone is freed by the worker.
 #include <windows.h>
 
 #include "app/win/UiJob.hpp"
@@ -6,9 +7,22 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace corvandell::win {
 namespace {
+
+constexpr UINT kResultMessage = WM_APP + 40;
+
+struct TextResult {
+    bool succeeded = false;
+    std::string value;
+    std::string errorText;
+};
 
 // Counts how many records of its kind were made and are alive.
 struct CountedResult {
@@ -17,18 +31,74 @@ struct CountedResult {
     CountedResult() { ++live, ++created; }
     CountedResult(const CountedResult&) { ++live, ++created; }
     ~CountedResult() { --live; }
+    std::string errorText;
 };
+
+class MessageWindow {
+public:
+    MessageWindow()
+        : hwnd_(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {}
+    ~MessageWindow() {
+        if (hwnd_ != nullptr) {
+            DestroyWindow(hwnd_);
+        }
+    }
+    MessageWindow(const MessageWindow&) = delete;
+    MessageWindow& operator=(const MessageWindow&) = delete;
+    HWND get() const { return hwnd_; }
+
+    // The next posted result, taken out of this thread's queue.
+    template <class Result> std::unique_ptr<Result> takeResult(DWORD timeoutMs) const {
+        const ULONGLONG deadline = GetTickCount64() + timeoutMs;
+        MSG message{};
+        while (!PeekMessageW(&message, hwnd_, kResultMessage, kResultMessage, PM_REMOVE)) {
+            if (GetTickCount64() >= deadline) {
+                return nullptr;
+            }
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_POSTMESSAGE);
+        }
+        return takeUiJobResult<Result>(message.lParam);
+    }
+
+private:
+    HWND hwnd_;
+};
+
+TEST(UiJob, AProducerThatThrowsStillReportsItsFailure) {
+    struct Case {
+        std::function<TextResult()> producer;
+        bool succeeded;
+        std::string errorText;
+    };
+    const std::vector<Case> cases = {
+        {[] {
+             return TextResult{true, "rows", ""};
+         },
+         true, ""},
+        {[]() -> TextResult { throw std::runtime_error("HTTP request failed"); }, false,
+         "Refresh failed: HTTP request failed"},
+        {[]() -> TextResult { throw 42; }, false, "Refresh failed: unexpected error"},
+    };
+    const MessageWindow window;
+    ASSERT_NE(window.get(), nullptr);
+    UiJobThreads threads;
+    for (const Case& c : cases) {
+        threads.start<TextResult>(window.get(), kResultMessage, c.producer, "Refresh failed: ");
+        const auto result = window.takeResult<TextResult>(5000);
+        ASSERT_NE(result, nullptr) << c.errorText << ": nothing was reported";
+        EXPECT_EQ(result->succeeded, c.succeeded);
+        EXPECT_EQ(result->errorText, c.errorText);
+    }
+}
 
 TEST(UiJob, ResultForAWindowThatIsGoneIsFreedByTheWorker) {
     HWND gone = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
     ASSERT_TRUE(DestroyWindow(gone));
-    startUiJob<CountedResult>(gone, WM_APP + 40, [] { return CountedResult(); });
-    // The heap record is the last one the worker makes: once two exist and none is alive,
+    UiJobThreads threads;
+    threads.start<CountedResult>(gone, kResultMessage, [] { return CountedResult(); });
+    threads.waitForAll();
+    // The heap record is the last one the worker makes: two were made and none is alive, so
     // the record whose post failed was freed.
-    const ULONGLONG deadline = GetTickCount64() + 5000;
-    while ((CountedResult::created < 2 || CountedResult::live != 0) && GetTickCount64() < deadline) {
-        Sleep(5);
-    }
     EXPECT_EQ(CountedResult::created, 2);
     EXPECT_EQ(CountedResult::live, 0);
 }
