@@ -13,6 +13,8 @@
 namespace corvandell::win {
 namespace {
 
+constexpr char kPaperMoth[] = "6c2605c5-4c84-522e-b052-c8337030cd28"; // a free title of the stand-in
+
 TEST(WinHttpApiClientTest, JoinsTheBaseAddressWithExactlyOneSlashWhateverItEndsIn) {
     Settings settings = signedInSettings("slash");
     const std::string base = settings.apiBaseUrl;
@@ -34,7 +36,7 @@ TEST(WinHttpApiClientTest, SendsOnlyTheHeadersThatApply) {
     EXPECT_EQ(received.headers["Authorization"], "Bearer " + settings.bearerToken);
     EXPECT_EQ(received.headers["Content-Type"], "application/json");
 
-    client.startLaunch(client.listSoftware("", "", "", "").at(0).id);
+    client.startLaunch(kPaperMoth); // free, so anyone may launch it
     received = lastReceivedRequest();
     EXPECT_EQ(std::tie(received.method, received.body), std::tuple("POST", ""));
     EXPECT_FALSE(received.headers.contains("Content-Type"));
