@@ -59,6 +59,36 @@ TEST(WinHttpApiClientTest, JudgesTheStatusAfterReadingTheBody) {
     EXPECT_EQ(test::thrownText([&] { client.getMe(); }), "Corvandell API HTTP 302: moved");
 }
 
+// Hostile free text through the client's own writers and readers and back: quotes,
+// backslashes, CR, tab, control characters, and text shaped like the fields after it.
+TEST(WinHttpApiClientTest, HostileTextComesBackByteForByteAndMovesNoField) {
+    Settings annSettings = signedInSettings("hostile-ann");
+    Settings benSettings = signedInSettings("hostile-ben");
+    WinHttpApiClient ann(&annSettings);
+    WinHttpApiClient ben(&benSettings);
+    const MeResult benMe = ben.getMe();
+    ann.sendFriendRequest(benMe.id);
+    ben.sendFriendRequest(ann.getMe().id);
+    const std::string texts[] = {
+        "q\"b\\c\rt\tx\x01\x1f!",
+        "x\",\"id\":\"forged\",\"username\":\"x",
+        "\\r\\u0041 \\",
+    };
+    for (const std::string& text : texts) {
+        ben.setNickname(text);
+        const MeResult me = ben.getMe();
+        EXPECT_EQ(std::tie(me.id, me.username, me.nickname), std::tie(benMe.id, benMe.username, text));
+
+        const Conversation direct = ann.openDirectConversation(benMe.id);
+        const ChatMessage sent = ben.sendMessage(direct.id, text);
+        EXPECT_EQ(std::tie(sent.senderUsername, sent.content), std::tuple("hostile-ben", text));
+        EXPECT_EQ(ann.listMessages(direct.id).back().content, text);
+        const Conversation group = ann.createGroupConversation({benMe.id}, text);
+        EXPECT_EQ(std::tie(group.type, group.name), std::tuple("group", text));
+        EXPECT_EQ(group.id.size(), 36u) << group.id; // a uuid, not text from the name
+    }
+}
+
 TEST(WinHttpApiClientTest, TransportFailuresHaveTheirOwnTexts) {
     Settings settings;
     settings.apiBaseUrl = "http://127.0.0.1:1";
