@@ -65,13 +65,16 @@ WalkSkipNote skipNote(ScanReport& report, std::string_view storeName) {
 }
 
 bool hasUnicodeName(const std::filesystem::path& path) {
-    const auto& native = path.native();
-    // Only the last component is checked; everything before it was checked on the way in.
-    const size_t separator = native.find_last_of(
-        std::filesystem::path::string_type(1, '/') +
-        static_cast<std::filesystem::path::value_type>(std::filesystem::path::preferred_separator));
-    const size_t start = separator == std::filesystem::path::string_type::npos ? 0 : separator + 1;
-    return isValidName(std::basic_string_view<std::filesystem::path::value_type>(native).substr(start));
+    using Char = std::filesystem::path::value_type;
+    const std::basic_string_view<Char> native = path.native();
+    // Only the last component is checked (everything before it was checked on the way in),
+    // and without allocating: this runs for every entry of every walk.
+    size_t start = native.size();
+    while (start > 0 && native[start - 1] != Char('/') &&
+           native[start - 1] != static_cast<Char>(std::filesystem::path::preferred_separator)) {
+        --start;
+    }
+    return isValidName(native.substr(start));
 }
 
 void walkFiles(const std::filesystem::path& folder,
