@@ -15,8 +15,20 @@ namespace corvandell {
 
 namespace {
 
+// ".exe" in any case after a name of at least one character, read off the native text:
+// this runs for every file of every install folder, where building extension() and its
+// UTF-8 form was a measurable share of the scan.
 bool hasExeExtension(const std::filesystem::path& file) {
-    return lowerAscii(utf8Text(file.extension())) == ".exe";
+    const auto& name = file.native();
+    if (name.size() < 5) {
+        return false;
+    }
+    const auto* tail = name.data() + name.size() - 4;
+    const auto before = tail[-1];
+    const bool isAfterName = before != '/' && before != static_cast<std::filesystem::path::value_type>(
+                                                            std::filesystem::path::preferred_separator);
+    return isAfterName && tail[0] == '.' && (tail[1] | 0x20) == 'e' && (tail[2] | 0x20) == 'x' &&
+           (tail[3] | 0x20) == 'e';
 }
 
 bool containsSkipWord(const std::string& lowerStem) {

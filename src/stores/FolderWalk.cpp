@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
+#include <type_traits>
 
 namespace corvandell {
 
@@ -70,11 +71,13 @@ bool hasUnicodeName(const std::filesystem::path& path) {
     // Only the last component is checked (everything before it was checked on the way in),
     // and without allocating: this runs for every entry of every walk.
     size_t start = native.size();
+    bool isAscii = true;
     while (start > 0 && native[start - 1] != Char('/') &&
            native[start - 1] != static_cast<Char>(std::filesystem::path::preferred_separator)) {
+        isAscii = isAscii && static_cast<std::make_unsigned_t<Char>>(native[start - 1]) < 0x80;
         --start;
     }
-    return isValidName(native.substr(start));
+    return isAscii || isValidName(native.substr(start));
 }
 
 void walkFiles(const std::filesystem::path& folder,
