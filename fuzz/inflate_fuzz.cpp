@@ -6,6 +6,7 @@
 //   2  the rest is a gzip file: gunzip never faults;
 //   3  the rest is a text: zlib writes it as gzip, gunzip must give it back, and any cut
 //      of the file must fail (the trailer's CRC and length are checked).
+#include "stores/BoundedGunzip.hpp"
 #include "webgames/git/Gzip.hpp"
 #include "webgames/git/Inflate.hpp"
 
@@ -97,10 +98,22 @@ void compressedText(std::string_view rest) {
     }
 }
 
+// The receipt reader's bounded gunzip agrees with gunzip on any file, and refuses exactly
+// the content one byte over its cap.
+void boundedAgrees(std::string_view file) {
+    const auto whole = corvandell::git::gunzip(file);
+    const auto bounded = corvandell::gunzipUpTo(file, SIZE_MAX);
+    check(whole == bounded.content);
+    if (whole && !whole->empty()) {
+        check(corvandell::gunzipUpTo(file, whole->size() - 1).problem == corvandell::GunzipProblem::TooLarge);
+    }
+}
+
 void gzippedText(std::string_view text) {
     const std::string file = zlibCompress(text, 6, 31);
     const auto ours = corvandell::git::gunzip(file);
     check(ours.has_value() && *ours == text);
+    boundedAgrees(file);
     const std::size_t cut = text.empty() ? 0 : static_cast<unsigned char>(text[0]) % file.size();
     check(!corvandell::git::gunzip(std::string_view(file).substr(0, cut)));
 }
@@ -120,7 +133,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         compressedText(rest);
         break;
     case 2:
-        corvandell::git::gunzip(rest);
+        boundedAgrees(rest);
         break;
     default:
         gzippedText(rest);

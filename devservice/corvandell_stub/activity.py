@@ -51,6 +51,10 @@ async def start_launch(request: web.Request) -> web.Response:
     svc = ctx(request)
     user = require_user(request)
     software = find_software(svc, request.match_info["softwareId"])
+    if not software["is_free"] and svc.db.one(
+            "SELECT 1 FROM entitlements WHERE user_id = ? AND software_id = ? AND is_revoked = 0",
+            user["id"], software["id"]) is None:
+        raise ApiError(403, "not_entitled", "You do not own this title.")
     started = start_session(svc, user["id"], software["id"], software["name"], software_id=software["id"])
     return reply({**started, "softwareId": software["id"]}, status=201)
 

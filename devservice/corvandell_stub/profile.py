@@ -4,7 +4,8 @@ Google sign-in cannot reach Google from here, so the authorize address signs in 
 local account at once (the demo user, or the one named by login_hint) and sends the
 browser to the client's loopback listener with the tokens in the fragment, as the
 real service does after a successful consent. Linking a GitHub account likewise
-stops at a page of this stand-in that records a fake login for the user.
+stops at a page of this stand-in that stands in for GitHub's consent and reply: the
+login comes from the simulated provider, never from the caller.
 """
 from __future__ import annotations
 
@@ -38,14 +39,14 @@ IMAGE_SIGNATURES = (
 
 
 def profile_of(user: Row) -> dict[str, object]:
-    # "metadata" holds the client's own JSON text, so it goes last: its escaped keys
-    # must not be met by a scanner looking for the profile's fields.
+    # Free text goes last, so nothing a user types can stand before a field the client
+    # reads: the nickname, then "metadata", which holds the client's own JSON text.
     return {
         "id": user["id"],
         "username": user["username"],
         "email": user["email"],
-        "nickname": user["nickname"],
         "hasAvatar": user["avatar"] is not None,
+        "nickname": user["nickname"],
         "metadata": user["metadata"],
     }
 
@@ -158,8 +159,11 @@ async def github_login_page(request: web.Request) -> web.Response:
         return html_page("GitHub link", "<p>This link has expired. Start again from Corvandell.</p>", 400)
     user = svc.db.one("SELECT * FROM users WHERE id = ?", row["user_id"])
     assert user is not None
+    # The login is what GitHub's reply names, never anything the caller sends: the
+    # simulated reply is the account a test set up, else the user's earlier login, else
+    # one made from the username.
     fallback = re.sub(r"[^A-Za-z0-9-]+", "-", user["username"]).strip("-")[:39]
-    login = request.query.get("login", "").strip() or user["github_login"] or fallback
+    login = svc.github_accounts.get(user["id"]) or user["github_login"] or fallback
     if not GITHUB_LOGIN.match(login):
         return html_page("GitHub link", "<p>That is not a valid GitHub login.</p>", 400)
     svc.db.run("UPDATE link_states SET used = 1 WHERE state = ?", row["state"])

@@ -139,11 +139,12 @@ def member_ids(svc: Service, conversation_id: str) -> list[str]:
 def conversation_item(svc: Service, row: Row, viewer_id: str) -> dict[str, object]:
     members = [find_user(svc, member_id) for member_id in member_ids(svc, row["id"])]
     people = [{"userId": m["id"], "username": m["username"]} for m in members if m is not None]
-    item: dict[str, object] = {"id": row["id"], "type": row["type"], "name": row["name"]}
+    item: dict[str, object] = {"id": row["id"], "type": row["type"]}
     if row["type"] == "direct":
         item["otherParticipant"] = next(p for p in people if p["userId"] != viewer_id)
     item["participants"] = people
     item["createdAt"] = svc.clock.iso(row["created_at"])
+    item["name"] = row["name"]  # free text, so after every field the client reads
     return item
 
 

@@ -100,6 +100,17 @@ async def advance_clock(request: web.Request) -> web.Response:
     return reply({"now": svc.clock.iso(svc.clock.now()), "offsetSeconds": svc.clock.offset_seconds})
 
 
+async def github_account(request: web.Request) -> web.Response:
+    """Sets the login the simulated GitHub replies with when this user consents to a link."""
+    svc = ctx(request)
+    body = await body_of(request)
+    user = user_by_name_or_email(svc, text_field(body, "username", max_len=32))
+    if user is None:
+        raise ApiError(404, "user_not_found", "No such user.")
+    svc.github_accounts[user["id"]] = text_field(body, "login", max_len=39)
+    return reply({"userId": user["id"], "login": svc.github_accounts[user["id"]]})
+
+
 async def outbox(request: web.Request) -> web.Response:
     return listing(read_outbox(ctx(request)))
 
@@ -111,4 +122,5 @@ def routes() -> list[web.RouteDef]:
         web.post(HOOK_PREFIX + "reply", script_reply),
         web.post(HOOK_PREFIX + "clock", advance_clock),
         web.get(HOOK_PREFIX + "outbox", outbox),
+        web.post(HOOK_PREFIX + "github-account", github_account),
     ]

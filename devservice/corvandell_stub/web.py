@@ -1,16 +1,20 @@
 """Shared HTTP plumbing: the service context, JSON replies, body fields and errors.
 
-Every reply body is compact JSON written with raw UTF-8 (no \\u escapes) because the
-client reads replies with substring scanners that do not decode Unicode escapes.
-String fields are never null for the same reason: a scanner that meets null reads the
-next string in the text instead. Request bodies are parsed leniently (control
-characters allowed inside strings) since the client escapes only quote, backslash and
-line feed.
+Every reply body is compact JSON written for the client's substring scanners, which
+decode only \\" \\\\ \\n and \\t and drop the backslash of any other escape (so "\\r" would
+read as "r" and "\\u0001" as "u0001"). So text is raw UTF-8, and carriage returns and other
+control characters are written raw as well, which the scanners copy unchanged; only the
+quote, the backslash, line feed and tab are escaped. String fields are never null for
+the same reason: a scanner that meets null reads the next string in the text instead.
+Free text (nicknames, names, messages, metadata) goes after every field the client reads
+from the same record. Request bodies are parsed leniently (control characters allowed
+inside strings) since the client escapes only quote, backslash and line feed.
 """
 from __future__ import annotations
 
 import json
 import logging
+import re
 import secrets
 import uuid
 from dataclasses import dataclass, field
@@ -38,6 +42,8 @@ class Service:
     file_cache: dict[str, bytes] = field(default_factory=dict)
     last_request: dict[str, Any] | None = None
     scripted_replies: list[dict[str, Any]] = field(default_factory=list)
+    # What the simulated GitHub answers as the login of a user who consents, by user id.
+    github_accounts: dict[str, str] = field(default_factory=dict)
 
     @property
     def outbox_path(self) -> Path:
@@ -72,8 +78,22 @@ def new_token(prefix: str) -> str:
     return prefix + secrets.token_hex(24)
 
 
+# The escapes json.dumps writes that the client's scanners would not turn back into the
+# character; an escaped backslash is matched too, so the "r" in "\\\\r" (JSON for a
+# backslash, then the letter r) stays a letter.
+CLIENT_UNREAD_ESCAPE = re.compile(r"\\(\\|r|b|f|u00[0-9a-fA-F]{2})")
+RAW_CONTROL = {"r": "\r", "b": "\b", "f": "\f"}
+
+
+def raw_control(match: re.Match[str]) -> str:
+    escape = match.group(1)
+    if escape == "\\":
+        return match.group(0)
+    return RAW_CONTROL.get(escape) or chr(int(escape[3:], 16))
+
+
 def dump(data: Any) -> str:
-    return json.dumps(data, ensure_ascii=False, separators=(",", ":"))
+    return CLIENT_UNREAD_ESCAPE.sub(raw_control, json.dumps(data, ensure_ascii=False, separators=(",", ":")))
 
 
 def reply(data: Any, status: int = 200, headers: dict[str, str] | None = None) -> web.Response:

@@ -136,9 +136,10 @@ void scanBattleNetGames(const StoreHost& host, ScanReport& report) {
     if (!isExistingFile(file)) {
         return;
     }
-    const auto database = readStoreFile(file);
+    const auto database = readStoreFile(file, kMaxProductDbBytes);
     if (!database) {
-        return report.skip(std::string(kStoreName), utf8Text(file), "the file could not be read");
+        return report.skip(std::string(kStoreName), utf8Text(file),
+                           storeFileProblem(file, kMaxProductDbBytes, false));
     }
     const UninstallEntries& uninstall = host.uninstallEntries();
     ProtobufReader reader(*database);

@@ -2,8 +2,12 @@
 //
 // Reads: HKLM SOFTWARE\WOW6432Node\<publisher>\<game> and SOFTWARE\<publisher>\<game>,
 // value "Install Dir", for the publishers "Electronic Arts", "EA Games" and "EA Sports";
-// the line "machine.downloadinplacedir=" of %ProgramData%\EA Desktop\machine.ini, whose
-// subfolders are candidate installs too; and in every candidate folder
+// library folders, whose subfolders are candidate installs too: the line
+// "machine.downloadinplacedir=" of %ProgramData%\EA Desktop\machine.ini, the line
+// "user.downloadinplacedir=" of every %LOCALAPPDATA%\Electronic Arts\EA Desktop\user_<id>.ini
+// (where today's client keeps it), Origin's <Setting key="DownloadInPlaceDir" value="..."/>
+// in %APPDATA%\Origin\local.xml, and the folders both clients install to by default,
+// %ProgramFiles%\EA Games and %ProgramFiles(x86)%\Origin Games; and in every candidate folder
 // __Installer\installerdata.xml, in either the EA app's DiPManifest shape or Origin's
 // <game> shape: contentIDs/contentID (the store id), gameTitles/gameTitle or
 // metadata/localeInfo/title (the title) and runtime/launcher/filePath (the executable).
@@ -12,8 +16,8 @@
 // hold the client and shared components, and the library folder holds whatever users put
 // there.
 #include "base/AsciiText.hpp"
+#include "stores/FolderWalk.hpp"
 #include "stores/StoreFiles.hpp"
-#include "stores/StoreFolders.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"
 #include "stores/XmlText.hpp"
@@ -31,7 +35,8 @@ constexpr std::string_view kStoreName = "EA App";
 constexpr std::string_view kLaunchPrefix = "origin2://game/launch?offerIds=";
 constexpr std::string_view kRegistryViews[] = {"SOFTWARE\\WOW6432Node\\", "SOFTWARE\\"};
 constexpr std::string_view kPublishers[] = {"Electronic Arts", "EA Games", "EA Sports"};
-constexpr std::string_view kLibraryLine = "machine.downloadinplacedir=";
+constexpr std::string_view kMachineLibraryLine = "machine.downloadinplacedir=";
+constexpr std::string_view kUserLibraryLine = "user.downloadinplacedir=";
 
 struct Candidate {
     std::filesystem::path folder;
@@ -65,12 +70,9 @@ void addRegistryCandidates(const Registry& registry, std::vector<Candidate>& can
     }
 }
 
-std::filesystem::path libraryRoot(const Environment& environment) {
-    const auto programData = environment.folderVariable("ProgramData");
-    if (!programData) {
-        return {};
-    }
-    const auto text = readStoreText(*programData / "EA Desktop" / "machine.ini");
+// The folder an ini file's "<prefix>downloadinplacedir=" line names; empty without one.
+std::filesystem::path iniLibrary(const std::filesystem::path& file, std::string_view linePrefix) {
+    const auto text = readStoreText(file);
     if (!text) {
         return {};
     }
@@ -82,11 +84,70 @@ std::filesystem::path libraryRoot(const Environment& environment) {
         while (!line.empty() && (line.front() == ' ' || line.front() == '\t')) {
             line.remove_prefix(1);
         }
-        if (startsWithIgnoringAsciiCase(line, kLibraryLine)) {
-            return storePath(line.substr(kLibraryLine.size()));
+        if (startsWithIgnoringAsciiCase(line, linePrefix)) {
+            return storePath(line.substr(linePrefix.size()));
         }
     }
     return {};
+}
+
+// Origin's download folder: <Setting key="DownloadInPlaceDir" value="..."/>.
+std::filesystem::path originLibrary(const std::filesystem::path& file) {
+    const auto text = readStoreText(file);
+    if (!text) {
+        return {};
+    }
+    for (const auto& setting : findXmlElements(*text, "Setting")) {
+        if (xmlAttribute(setting, "key").value_or("") == "DownloadInPlaceDir") {
+            return storePath(xmlAttribute(setting, "value").value_or(""));
+        }
+    }
+    return {};
+}
+
+// Every per-user settings file of the EA app: one user_<id>.ini per account signed in.
+std::vector<std::filesystem::path> userSettingsFiles(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> files;
+    std::error_code error;
+    std::filesystem::directory_iterator it(folder, error);
+    for (const std::filesystem::directory_iterator end; !error && it != end; it.increment(error)) {
+        const std::string name = utf8Text(it->path().filename());
+        std::error_code typeError;
+        if (startsWithIgnoringAsciiCase(name, "user_") && endsWithIgnoringAsciiCase(name, ".ini") &&
+            it->is_regular_file(typeError)) {
+            files.push_back(it->path());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// The library folders the clients' settings name, then the default install folders.
+std::vector<std::filesystem::path> libraryRoots(const Environment& environment) {
+    std::vector<std::filesystem::path> roots;
+    auto add = [&](std::filesystem::path root) {
+        if (!root.empty()) {
+            roots.push_back(std::move(root));
+        }
+    };
+    if (const auto programData = environment.folderVariable("ProgramData")) {
+        add(iniLibrary(*programData / "EA Desktop" / "machine.ini", kMachineLibraryLine));
+    }
+    if (const auto localAppData = environment.folderVariable("LOCALAPPDATA")) {
+        for (const auto& file : userSettingsFiles(*localAppData / "Electronic Arts" / "EA Desktop")) {
+            add(iniLibrary(file, kUserLibraryLine));
+        }
+    }
+    if (const auto appData = environment.folderVariable("APPDATA")) {
+        add(originLibrary(*appData / "Origin" / "local.xml"));
+    }
+    if (const auto programFiles = environment.folderVariable("ProgramFiles")) {
+        add(*programFiles / "EA Games");
+    }
+    if (const auto programFiles32 = environment.folderVariable("ProgramFiles(x86)")) {
+        add(*programFiles32 / "Origin Games");
+    }
+    return roots;
 }
 
 // The text of the element preferred for en_US, else of the first one with any text.
@@ -163,7 +224,7 @@ void scanCandidate(const Candidate& candidate, ScanReport& report) {
     }
     const auto manifest = readStoreText(manifestFile);
     if (!manifest) {
-        return report.skip(std::string(kStoreName), utf8Text(folder), "installerdata.xml could not be read");
+        return report.skip(std::string(kStoreName), utf8Text(folder), storeFileProblem(manifestFile));
     }
     const std::string folderName = utf8Text(folder.filename());
     const std::string contentId = contentIdOf(*manifest);
@@ -182,8 +243,8 @@ void scanCandidate(const Candidate& candidate, ScanReport& report) {
 void scanEaGames(const StoreHost& host, ScanReport& report) {
     std::vector<Candidate> candidates;
     addRegistryCandidates(host.registry, candidates, report);
-    if (const auto root = libraryRoot(host.environment); !root.empty()) {
-        for (const auto& folder : listSubfolders(root)) {
+    for (const auto& root : libraryRoots(host.environment)) {
+        for (const auto& folder : listSubfolders(root, skipNote(report, kStoreName))) {
             addCandidate(candidates, {folder, utf8Text(folder)});
         }
     }

@@ -80,7 +80,7 @@ void scanManifest(const std::filesystem::path& file, ScanReport& report) {
     const std::string entry = utf8Text(file);
     const auto text = readStoreText(file);
     if (!text) {
-        report.skip(std::string(kStoreName), entry, "the manifest cannot be read");
+        report.skip(std::string(kStoreName), entry, storeFileProblem(file));
         return;
     }
     if (auto reason = exclusionReason(*text)) {

@@ -1,8 +1,9 @@
-// Both walks use the directory iterator without following directory links, so a link that
-// points back up the tree cannot make the walk endless.
+// Neither walk enters a link or reparse point (see FolderWalk.hpp), so a junction that
+// points back up the tree or at a drive root cannot make it endless.
 #include "stores/ExecutableChooser.hpp"
 
 #include "base/AsciiText.hpp"
+#include "stores/FolderWalk.hpp"
 #include "stores/GameName.hpp"
 #include "stores/StoreFiles.hpp"
 
@@ -14,8 +15,20 @@ namespace corvandell {
 
 namespace {
 
+// ".exe" in any case after a name of at least one character, read off the native text:
+// this runs for every file of every install folder, where building extension() and its
+// UTF-8 form was a measurable share of the scan.
 bool hasExeExtension(const std::filesystem::path& file) {
-    return lowerAscii(utf8Text(file.extension())) == ".exe";
+    const auto& name = file.native();
+    if (name.size() < 5) {
+        return false;
+    }
+    const auto* tail = name.data() + name.size() - 4;
+    const auto before = tail[-1];
+    const bool isAfterName = before != '/' && before != static_cast<std::filesystem::path::value_type>(
+                                                            std::filesystem::path::preferred_separator);
+    return isAfterName && tail[0] == '.' && (tail[1] | 0x20) == 'e' && (tail[2] | 0x20) == 'x' &&
+           (tail[3] | 0x20) == 'e';
 }
 
 bool containsSkipWord(const std::string& lowerStem) {
@@ -63,34 +76,35 @@ std::filesystem::path chooseGameExecutable(const std::filesystem::path& installF
     const std::string game = normalizeGameName(gameName);
     const std::string folder = normalizeGameName(utf8Text(installFolder.filename()));
     Candidate best;
-    std::error_code error;
-    std::filesystem::recursive_directory_iterator it(
-        installFolder, std::filesystem::directory_options::skip_permission_denied, error);
-    for (const std::filesystem::recursive_directory_iterator end; !error && it != end; it.increment(error)) {
-        std::error_code typeError;
-        if (!it->is_regular_file(typeError) || !hasExeExtension(it->path())) {
-            continue;
+    walkFiles(installFolder, [&](const std::filesystem::directory_entry& file, int depth) {
+        if (!hasExeExtension(file.path())) {
+            return;
         }
-        const std::string stem = lowerAscii(utf8Text(it->path().stem()));
+        const std::string stem = lowerAscii(utf8Text(file.path().stem()));
         if (containsSkipWord(stem)) {
-            continue;
+            return;
         }
-        Candidate candidate{it->path(), scoreOf(normalizeGameName(stem), game, folder), 0, it.depth()};
+        Candidate candidate{file.path(), scoreOf(normalizeGameName(stem), game, folder), 0, depth};
         std::error_code sizeError;
-        candidate.sizeBytes = it->file_size(sizeError);
+        candidate.sizeBytes = file.file_size(sizeError);
         if (sizeError) {
             candidate.sizeBytes = std::numeric_limits<std::uintmax_t>::max();
         }
         if (candidate.isBetterThan(best)) {
             best = std::move(candidate);
         }
-    }
+    });
     return best.path;
 }
 
 std::filesystem::path findFirstExecutable(const std::filesystem::path& folder) {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (!entry.is_regular_file() || !hasExeExtension(entry.path())) {
+    for (std::filesystem::recursive_directory_iterator it(folder), end; it != end; ++it) {
+        const auto& entry = *it;
+        if (entry.is_directory() && (isLinkOrReparsePoint(entry) || !hasUnicodeName(entry.path()))) {
+            it.disable_recursion_pending();
+            continue;
+        }
+        if (!entry.is_regular_file() || !hasExeExtension(entry.path()) || !hasUnicodeName(entry.path())) {
             continue;
         }
         if (!lowerAscii(utf8Text(entry.path().filename())).starts_with("unins")) {

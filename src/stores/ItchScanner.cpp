@@ -5,13 +5,17 @@
 // "game" object "id" (a number, the store id), "title" and "classification" (anything but
 // "game", such as tools and soundtracks, is left out). Rows carry no launch address: the
 // app starts games directly, so the row's executable is chosen in the folder.
+//
+// Receipts are written by a JSON library, so the title is decoded in full (\u0026, surrogate
+// pairs), and a receipt is inflated only when its content stays under the store-file cap.
+#include "stores/BoundedGunzip.hpp"
+#include "stores/FolderWalk.hpp"
+#include "stores/JsonStrings.hpp"
 #include "stores/StoreFiles.hpp"
-#include "stores/StoreFolders.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"
 
 #include "api/JsonText.hpp"
-#include "webgames/git/Gzip.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -29,38 +33,35 @@ struct Receipt {
     std::string problem; // why there is no JSON
 };
 
-// gzip keeps the content's length in its last four bytes; refusing a huge one up front keeps
-// a damaged or hostile receipt from being inflated into memory at all.
-bool claimsHugeContent(std::string_view gzip) {
-    if (gzip.size() < 4) {
-        return false;
-    }
-    std::uint32_t size = 0;
-    for (std::size_t i = gzip.size(); i-- > gzip.size() - 4;) {
-        size = (size << 8) | static_cast<std::uint8_t>(gzip[i]);
-    }
-    return size > kMaxStoreFileBytes;
-}
-
 Receipt readReceipt(const std::filesystem::path& folder) {
     const auto itch = folder / ".itch";
     if (isExistingFile(itch / "receipt.json.gz")) {
         const auto bytes = readStoreFile(itch / "receipt.json.gz");
         if (!bytes) {
-            return {std::nullopt, "receipt.json.gz could not be read"};
+            return {std::nullopt, storeFileProblem(itch / "receipt.json.gz", kMaxStoreFileBytes, false)};
         }
-        if (!bytes->starts_with("\x1F\x8B")) {
+        auto gunzipped = gunzipUpTo(*bytes, kMaxStoreFileBytes);
+        switch (gunzipped.problem) {
+        case GunzipProblem::NotGzip:
             return {std::nullopt, "receipt.json.gz is not a gzip file"};
-        }
-        auto json = claimsHugeContent(*bytes) ? std::nullopt : git::gunzip(*bytes);
-        if (!json) {
+        case GunzipProblem::TooLarge:
+            return {std::nullopt,
+                    "receipt.json.gz inflates to more than " + megabytesText(kMaxStoreFileBytes)};
+        case GunzipProblem::Damaged:
             return {std::nullopt, "receipt.json.gz is damaged"};
+        case GunzipProblem::None:
+            break;
         }
-        return {decodeStoreText(*json), {}};
+        std::string json = decodeStoreText(*gunzipped.content);
+        if (!isValidUtf8(json)) {
+            return {std::nullopt, "receipt.json.gz is not UTF-8 or UTF-16 text"};
+        }
+        return {std::move(json), {}};
     }
     if (isExistingFile(itch / "receipt.json")) {
         auto json = readStoreText(itch / "receipt.json");
-        return json ? Receipt{std::move(json), {}} : Receipt{std::nullopt, "receipt.json could not be read"};
+        return json ? Receipt{std::move(json), {}}
+                    : Receipt{std::nullopt, storeFileProblem(itch / "receipt.json")};
     }
     return {std::nullopt, "no .itch receipt"};
 }
@@ -104,7 +105,7 @@ void scanAppFolder(const std::filesystem::path& folder, ScanReport& report) {
     if (id <= 0) {
         return skip("the receipt names no game id");
     }
-    std::string title = readString(game, "title");
+    std::string title = readDecodedString(game, "title");
     if (title.empty()) {
         title = utf8Text(folder.filename());
     }
@@ -118,7 +119,7 @@ void scanItchGames(const StoreHost& host, ScanReport& report) {
     if (!appData) {
         return;
     }
-    for (const auto& folder : listSubfolders(*appData / "itch" / "apps")) {
+    for (const auto& folder : listSubfolders(*appData / "itch" / "apps", skipNote(report, kStoreName))) {
         scanAppFolder(folder, report);
     }
 }

@@ -10,6 +10,7 @@
 // The YAML is read line by line as top-level "key: value" pairs; these files hold nothing
 // else, and a full YAML reader would be most of this scanner.
 #include "base/AsciiText.hpp"
+#include "stores/FolderWalk.hpp"
 #include "stores/StoreFiles.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"
@@ -107,7 +108,7 @@ void scanSettingsFile(const std::filesystem::path& file, const std::filesystem::
     }
     const auto settings = readStoreText(file);
     if (!settings) {
-        return skip("the file could not be read");
+        return skip(storeFileProblem(file));
     }
     const auto folder = storePath(yamlValue(*settings, "product_install_full_path"));
     if (folder.empty()) {
@@ -123,19 +124,12 @@ void scanSettingsFile(const std::filesystem::path& file, const std::filesystem::
     report.games.push_back(makeStoreRow(kStoreKey, storeId, titleOf(id, *settings), folder, {}, launch));
 }
 
-// Every file under the folder, sorted; unreadable subfolders are passed over and a walk
-// error ends the list. Folder links are not followed, so a loop cannot make it endless.
-std::vector<std::filesystem::path> filesUnder(const std::filesystem::path& folder) {
+// Every file under the folder, sorted so rows come out the same on every scan.
+std::vector<std::filesystem::path> filesUnder(const std::filesystem::path& folder, ScanReport& report) {
     std::vector<std::filesystem::path> files;
-    std::error_code error;
-    std::filesystem::recursive_directory_iterator it(
-        folder, std::filesystem::directory_options::skip_permission_denied, error);
-    for (const std::filesystem::recursive_directory_iterator end; !error && it != end; it.increment(error)) {
-        std::error_code typeError;
-        if (it->is_regular_file(typeError)) {
-            files.push_back(it->path());
-        }
-    }
+    walkFiles(
+        folder, [&](const std::filesystem::directory_entry& file, int) { files.push_back(file.path()); },
+        skipNote(report, kStoreName));
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -149,7 +143,7 @@ void scanRiotGames(const StoreHost& host, ScanReport& report) {
     }
     const auto riotFolder = *programData / "Riot Games";
     const auto client = riotClient(riotFolder);
-    for (const auto& file : filesUnder(riotFolder / "Metadata")) {
+    for (const auto& file : filesUnder(riotFolder / "Metadata", report)) {
         const std::string name = utf8Text(file.filename());
         if (endsWithIgnoringAsciiCase(name, kSettingsSuffix)) {
             scanSettingsFile(file, client, report);

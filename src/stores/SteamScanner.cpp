@@ -184,7 +184,7 @@ void scanManifest(const std::filesystem::path& steamapps, const std::filesystem:
                   ScanReport& report) {
     const auto text = readStoreText(file);
     if (!text) {
-        skip(&report, file, "could not read the manifest");
+        skip(&report, file, storeFileProblem(file));
         return;
     }
     const SteamAppManifest manifest = readSteamManifest(*text);

@@ -10,12 +10,28 @@
 
 namespace corvandell {
 
-std::optional<std::string> readStoreFile(const std::filesystem::path& file) {
-    FileRead read = readFileBounded(file, kMaxStoreFileBytes);
+std::optional<std::string> readStoreFile(const std::filesystem::path& file, std::size_t maxBytes) {
+    FileRead read = readFileBounded(file, maxBytes);
     if (read.status != FileReadStatus::Ok) {
         return std::nullopt;
     }
     return std::move(read.bytes);
+}
+
+std::string megabytesText(std::size_t bytes) {
+    return std::to_string(bytes >> 20) + " MB";
+}
+
+std::string storeFileProblem(const std::filesystem::path& file, std::size_t maxBytes, bool asText) {
+    const std::string name = utf8Text(file.filename());
+    const FileRead read = readFileBounded(file, maxBytes);
+    if (read.status == FileReadStatus::TooLarge) {
+        return name + " is larger than " + megabytesText(maxBytes);
+    }
+    if (read.status == FileReadStatus::Ok && asText && !isValidUtf8(decodeStoreText(read.bytes))) {
+        return name + " is not UTF-8 or UTF-16 text";
+    }
+    return name + " could not be read";
 }
 
 void appendUtf8CodePoint(std::string& out, std::uint32_t codePoint) {
@@ -87,7 +103,71 @@ std::optional<std::string> readStoreText(const std::filesystem::path& file) {
     if (!bytes) {
         return std::nullopt;
     }
-    return decodeStoreText(*bytes);
+    std::string text = decodeStoreText(*bytes);
+    if (!isValidUtf8(text)) {
+        return std::nullopt;
+    }
+    return text;
+}
+
+namespace {
+
+// The length of the well-formed UTF-8 sequence at the start of `text`; 0 when there is none.
+size_t utf8SequenceLength(std::string_view text) {
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const size_t length = lead < 0x80           ? 1
+                          : (lead >> 5) == 0x6  ? 2
+                          : (lead >> 4) == 0xE  ? 3
+                          : (lead >> 3) == 0x1E ? 4
+                                                : 0;
+    if (length == 0 || length > text.size()) {
+        return 0;
+    }
+    std::uint32_t codePoint = length == 1 ? lead : lead & (0xFFu >> (length + 1));
+    for (size_t k = 1; k < length; ++k) {
+        const auto next = static_cast<unsigned char>(text[k]);
+        if ((next & 0xC0) != 0x80) {
+            return 0;
+        }
+        codePoint = (codePoint << 6) | (next & 0x3Fu);
+    }
+    static constexpr std::uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    const bool isSurrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
+    return codePoint < kSmallest[length] || codePoint > 0x10FFFF || isSurrogate ? 0 : length;
+}
+
+} // namespace
+
+bool isValidUtf8(std::string_view text) {
+    for (size_t i = 0; i < text.size();) {
+        // ASCII runs are the common case and need no decoding.
+        if (static_cast<unsigned char>(text[i]) < 0x80) {
+            ++i;
+            continue;
+        }
+        const size_t length = utf8SequenceLength(text.substr(i));
+        if (length == 0) {
+            return false;
+        }
+        i += length;
+    }
+    return true;
+}
+
+std::string validUtf8(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size();) {
+        const size_t length = utf8SequenceLength(text.substr(i));
+        if (length == 0) {
+            appendUtf8CodePoint(out, 0xFFFD);
+            ++i;
+            continue;
+        }
+        out.append(text.substr(i, length));
+        i += length;
+    }
+    return out;
 }
 
 std::filesystem::path storePath(std::string_view utf8) {
@@ -112,7 +192,7 @@ std::filesystem::path storePath(std::string_view utf8) {
            !(text.size() == 3 && text[1] == ':')) {
         text.pop_back();
     }
-    return pathFromUtf8(text);
+    return pathFromUtf8(isValidUtf8(text) ? text : validUtf8(text));
 }
 
 bool isSameFolder(const std::filesystem::path& a, const std::filesystem::path& b) {
@@ -154,7 +234,18 @@ std::filesystem::path existingFileUnder(const std::filesystem::path& folder, std
 }
 
 std::string utf8Text(const std::filesystem::path& path) {
-    return pathToUtf8(path);
+    if constexpr (sizeof(std::filesystem::path::value_type) == 2) {
+        std::string units;
+        units.reserve(path.native().size() * 2);
+        for (const auto unit : path.native()) {
+            units.push_back(static_cast<char>(static_cast<std::uint16_t>(unit) & 0xFF));
+            units.push_back(static_cast<char>(static_cast<std::uint16_t>(unit) >> 8));
+        }
+        return utf8FromUtf16(units, false);
+    } else {
+        std::string text = pathToUtf8(path);
+        return isValidUtf8(text) ? text : validUtf8(text);
+    }
 }
 
 } // namespace corvandell

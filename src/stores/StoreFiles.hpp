@@ -15,22 +15,46 @@
 
 namespace corvandell {
 
-// Files larger than this are not store records; reading them would only waste memory.
-inline constexpr std::size_t kMaxStoreFileBytes = 32u * 1024 * 1024;
+// The largest store files read: no real manifest, settings file or receipt (decompressed)
+// comes near 16 MB, and Battle.net's product.db, which lists every install with its
+// settings, near 64 MB. Anything larger is damaged or hostile, and reading it would only
+// cost memory.
+inline constexpr std::size_t kMaxStoreFileBytes = std::size_t{16} << 20;
+inline constexpr std::size_t kMaxProductDbBytes = std::size_t{64} << 20;
 
-// The file's bytes; nothing when it cannot be read, is not a regular file or is too large.
-std::optional<std::string> readStoreFile(const std::filesystem::path& file);
+// The file's bytes; nothing when it cannot be read, is not a regular file or is larger
+// than maxBytes.
+std::optional<std::string> readStoreFile(const std::filesystem::path& file,
+                                         std::size_t maxBytes = kMaxStoreFileBytes);
+
+// Why readStoreFile (or, with asText, readStoreText) gave nothing, for the scan report:
+// "<name> is larger than 16 MB", "<name> is not UTF-8 or UTF-16 text" or "<name> could
+// not be read".
+std::string storeFileProblem(const std::filesystem::path& file, std::size_t maxBytes = kMaxStoreFileBytes,
+                             bool asText = true);
+
+// "16 MB" for a whole number of megabytes.
+std::string megabytesText(std::size_t bytes);
 
 // The bytes as UTF-8: a UTF-8 byte order mark is dropped, UTF-16 (either byte order, with a
 // mark, or little-endian recognised by its zero high bytes) is converted; bad UTF-16 units
 // become U+FFFD.
 std::string decodeStoreText(std::string_view bytes);
 
-// readStoreFile followed by decodeStoreText.
+// readStoreFile followed by decodeStoreText; nothing when the text is not valid UTF-8
+// either, since every name and folder in it would be suspect.
 std::optional<std::string> readStoreText(const std::filesystem::path& file);
+
+// Well-formed UTF-8: no stray or missing continuation bytes, overlong forms, surrogates or
+// code points past U+10FFFF.
+bool isValidUtf8(std::string_view text);
+
+// The text with every byte that is not part of well-formed UTF-8 replaced by U+FFFD.
+std::string validUtf8(std::string_view text);
 
 // A folder named in a store's record: trimmed of blanks and quotes, without a "\\?\" prefix
 // or trailing separators, with either separator accepted. Empty text gives an empty path.
+// Text that is not UTF-8 has its bad bytes replaced rather than failing the conversion.
 std::filesystem::path storePath(std::string_view utf8);
 
 // Whether two folders are the same, ignoring separator style, trailing separators and
@@ -51,6 +75,9 @@ bool isExistingFile(const std::filesystem::path& file);
 // separators ignored), when it exists; empty otherwise.
 std::filesystem::path existingFileUnder(const std::filesystem::path& folder, std::string_view relative);
 
+// The path as UTF-8 for rows and reports. Never throws: an unpaired surrogate (Windows) or
+// a byte that is not UTF-8 (elsewhere) in a name becomes U+FFFD; on Windows the standard
+// conversion would throw and end the whole scan.
 std::string utf8Text(const std::filesystem::path& path);
 
 // Appends one Unicode code point as UTF-8.

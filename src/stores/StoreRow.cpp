@@ -68,13 +68,19 @@ std::uint32_t numericReference(std::string_view body) {
 } // namespace
 
 std::string decodeXmlEntities(std::string_view text) {
+    // "#x10FFFF" and a few digits of leading zeros; nothing longer is a reference we decode.
+    constexpr size_t kLongestReference = 12;
     static constexpr std::pair<std::string_view, char> kNamed[] = {
         {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
     std::string out;
     out.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
-        const size_t end = text[i] == '&' ? text.find(';', i + 1) : std::string_view::npos;
-        if (end == std::string_view::npos || end - i > 12) {
+        // The ";" is looked for only as far as the longest reference reaches: searching the
+        // rest of the text for every "&" made a text of many bare ampersands quadratic.
+        const size_t semicolon =
+            text[i] == '&' ? text.substr(i + 1, kLongestReference).find(';') : std::string_view::npos;
+        const size_t end = semicolon == std::string_view::npos ? semicolon : i + 1 + semicolon;
+        if (end == std::string_view::npos) {
             out.push_back(text[i]);
             continue;
         }

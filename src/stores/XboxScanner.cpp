@@ -8,8 +8,8 @@
 // The executable is taken as the config names it, without looking at the file: Windows
 // locks the Content folder against reading, yet the game inside starts fine.
 #include "base/AsciiText.hpp"
+#include "stores/FolderWalk.hpp"
 #include "stores/StoreFiles.hpp"
-#include "stores/StoreFolders.hpp"
 #include "stores/StoreRow.hpp"
 #include "stores/StoreScanners.hpp"
 #include "stores/XmlText.hpp"
@@ -101,7 +101,7 @@ void addLibrariesOfDrive(const std::filesystem::path& driveRoot,
     }
     const auto bytes = readStoreFile(file);
     if (!bytes) {
-        return note(file, "the file could not be read");
+        return note(file, storeFileProblem(file, kMaxStoreFileBytes, false));
     }
     const GamingRoot root = parseGamingRoot(*bytes);
     if (!root.refusal.empty()) {
@@ -159,7 +159,7 @@ void scanGameFolder(const std::filesystem::path& folder, ScanReport& report) {
     }
     const auto config = readStoreText(configFile);
     if (!config) {
-        return skip("MicrosoftGame.config could not be read");
+        return skip(storeFileProblem(configFile));
     }
     const auto identity = firstXmlElement(*config, "Identity");
     const std::string id = identity ? xmlAttribute(*identity, "Name").value_or("") : "";
@@ -187,7 +187,7 @@ std::vector<std::filesystem::path> xboxLibraryRoots(const std::vector<std::files
 
 void scanXboxGames(const StoreHost& host, ScanReport& report) {
     for (const auto& library : collectLibraries(host.driveRoots, &report)) {
-        for (const auto& folder : listSubfolders(library)) {
+        for (const auto& folder : listSubfolders(library, skipNote(report, kStoreName))) {
             scanGameFolder(folder, report);
         }
     }

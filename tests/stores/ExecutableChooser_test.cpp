@@ -28,6 +28,8 @@ TEST(ExecutableChooser, PicksByScoreThenSizeThenDepth) {
         {"Lantern", "Lantern_x64.exe 10 tool.exe 500", "Lantern_x64.exe"},
         {"Lantern", "Lantern_x64.exe 900 LANTERN.EXE 10", "LANTERN.EXE"},
         {"Game", "Game.dll 10 Game.exe.bak 10", ""},
+        // A file named only ".exe" has no extension; "exe" without the dot is not one either.
+        {"Game", ".exe 900 bin/.exe 900 Gameexe 900 Game.eXe 10", "Game.eXe"},
     };
     for (const auto& c : cases) {
         test::TempFolder temp;

@@ -2,6 +2,9 @@
 // each fed the files as the store writes them, with stale, foreign and damaged ones beside.
 #include "stores/StoreTree.hpp"
 
+#include "stores/StoreLaunch.hpp"
+#include "support/DeflateBomb.hpp"
+
 namespace corvandell {
 namespace {
 
@@ -118,6 +121,74 @@ TEST(EaScanner, FindsInstallsThroughTheRegistryAndTheLibraryAndReadsBothManifest
                          {"Screenshots", "no __Installer\\installerdata.xml"}});
 }
 
+// The EA app's own settings name its library today, and a default install needs no
+// settings at all: the folders both clients install to are looked at as they are.
+TEST(EaScanner, FindsInstallsInTheDefaultFoldersAndTheLibrariesTheClientsSettingsName) {
+    StoreTree tree;
+    tree.variables["ProgramFiles"] = tree.folder("Program Files");
+    tree.variables["ProgramFiles(x86)"] = tree.folder("Program Files (x86)");
+    tree.variables["LOCALAPPDATA"] = tree.folder("Local");
+    tree.variables["APPDATA"] = tree.folder("Roaming");
+    const auto lantern = tree.folder("Program Files/EA Games/Lantern Harbor");
+    tree.temp.writeFile("Program Files/EA Games/Lantern Harbor/__Installer/installerdata.xml",
+                        utf16File(kDipManifest));
+    const auto lanternExe = tree.temp.writeFile("Program Files/EA Games/Lantern Harbor/Lantern.exe", "x");
+    const auto classic = tree.folder("Program Files (x86)/Origin Games/Classic");
+    tree.temp.writeFile("Program Files (x86)/Origin Games/Classic/__Installer/installerdata.xml",
+                        kOriginManifest);
+    auto gameIn = [&](const std::string& library, const std::string& id) {
+        tree.temp.writeFile(library + "/" + id + "/__Installer/installerdata.xml",
+                            "<game><contentIDs><contentID>" + id + "</contentID></contentIDs></game>");
+    };
+    gameIn("User Library", "70000010");
+    gameIn("Second User Library", "70000011");
+    gameIn("Origin Library", "70000012");
+    tree.temp.writeFile(
+        "Local/Electronic Arts/EA Desktop/user_1001.ini",
+        "user.locale=en_US\nuser.downloadinplacedir=" + winPath(tree.temp.path() / "User Library") + "\\\n");
+    tree.temp.writeFile("Local/Electronic Arts/EA Desktop/user_1002.ini",
+                        "user.downloadinplacedir=" + winPath(tree.temp.path() / "Second User Library") +
+                            "\r\n");
+    tree.temp.writeFile("Local/Electronic Arts/EA Desktop/cef.ini",
+                        "user.downloadinplacedir=" + winPath(tree.temp.path() / "Not A Library") + "\n");
+    gameIn("Not A Library", "70000013");
+    tree.temp.writeFile("Roaming/Origin/local.xml",
+                        "<Settings><Setting key=\"Locale\" value=\"en_US\" type=\"10\"/>"
+                        "<Setting key=\"DownloadInPlaceDir\" value=\"" +
+                            winPath(tree.temp.path() / "Origin Library") + "\\\" type=\"10\"/></Settings>");
+
+    const auto report = tree.scan(scanEaGames);
+    ASSERT_EQ(rowTitles(report), (Rows{{"ea:70000010", "70000010"},
+                                       {"ea:70000011", "70000011"},
+                                       {"ea:70000012", "70000012"},
+                                       {"ea:70000001", "Lantern Harbor\u2122 & Friends"},
+                                       {"ea:OFB-EAST:70000002", "Lantern Harbor Classic"}}));
+    expectRow(report.games[3], "ea:70000001", "Lantern Harbor\u2122 & Friends", lantern, lanternExe,
+              "origin2://game/launch?offerIds=70000001");
+    EXPECT_EQ(report.games[4].installFolder, classic);
+    EXPECT_TRUE(report.skipped.empty());
+}
+
+TEST(ItchScanner, DecodesJsonEscapesInTitlesAndSkipsReceiptsThatInflatePastTheCap) {
+    StoreTree tree;
+    tree.variables["APPDATA"] = tree.folder("Roaming");
+    const auto apps = tree.temp.path() / "Roaming" / "itch" / "apps";
+    tree.temp.writeFile(apps / "rock" / ".itch" / "receipt.json",
+                        R"({"game":{"id":11,"title":"Rock \u0026 Roll \ud83c\udfb8 \"Live\""}})");
+    // About 150 MB of content in under 1 MB, behind a trailer that claims 100 bytes.
+    tree.temp.writeFile(apps / "bomb" / ".itch" / "receipt.json.gz",
+                        gzipMember(deflateOfZeros(600'000), 100));
+    tree.temp.writeFile(apps / "huge" / ".itch" / "receipt.json", std::string(kMaxStoreFileBytes + 1, ' '));
+    tree.temp.writeFile(apps / "latin1" / ".itch" / "receipt.json",
+                        "{\"game\":{\"id\":12,\"title\":\"Caf\xE9\"}}");
+
+    const auto report = tree.scan(scanItchGames);
+    ASSERT_EQ(rowTitles(report), (Rows{{"itch:11", "Rock & Roll \xF0\x9F\x8E\xB8 \"Live\""}}));
+    expectSkips(report, {{"bomb", "receipt.json.gz inflates to more than 16 MB"},
+                         {"huge", "receipt.json is larger than 16 MB"},
+                         {"latin1", "receipt.json is not UTF-8 or UTF-16 text"}});
+}
+
 // A length-delimited field: tag, varint length, bytes.
 std::string field(int number, const std::string& bytes) {
     std::string out(1, static_cast<char>(number << 3 | 2));
@@ -188,6 +259,8 @@ TEST(RiotScanner, ReadsProductSettingsAndLaunchesThroughTheRiotClient) {
     StoreTree tree;
     tree.variables["ProgramData"] = tree.folder("ProgramData");
     const auto league = tree.folder("Riot Games/League of Legends");
+    const auto leagueExe =
+        tree.temp.writeFile("Riot Games/League of Legends/LeagueClient.exe", "x").make_preferred();
     const auto lor = tree.folder("Riot Games/LoR");
     const auto arena = tree.folder("Riot Games/Lantern Arena");
     const auto client = tree.temp.writeFile("Riot Games/Riot Client/RiotClientServices.exe", "x");
@@ -219,13 +292,19 @@ TEST(RiotScanner, ReadsProductSettingsAndLaunchesThroughTheRiotClient) {
                                            {"riot:lantern.pbe", "Lantern Arena"},
                                            {"riot:league_of_legends", "League of Legends"},
                                            {"riot:lor", "Legends of Runeterra"}}));
-        const std::string launch = "\"" + utf8Text(std::filesystem::path(client).make_preferred()) +
-                                   "\" --launch-product=league_of_legends " + "--launch-patchline=live";
-        expectRow(report.games[2], "riot:league_of_legends", "League of Legends", league, {},
+        const std::string clientText = "\"" + utf8Text(std::filesystem::path(client).make_preferred()) + "\"";
+        const std::string launch = clientText + " --launch-product=league_of_legends --launch-patchline=live";
+        expectRow(report.games[2], "riot:league_of_legends", "League of Legends", league, leagueExe,
                   isClientKnown ? launch : "");
         EXPECT_EQ(report.games[1].installFolder, arena);
-        EXPECT_TRUE(report.games[1].launchAddress.ends_with(
-            isClientKnown ? "--launch-product=lantern --launch-patchline=pbe" : ""));
+        EXPECT_EQ(report.games[1].launchAddress,
+                  isClientKnown ? clientText + " --launch-product=lantern --launch-patchline=pbe" : "");
+        // The game cannot start without the Riot client: the executable found in its folder
+        // is for icons and tracking only, unless there is no client to start it through.
+        const GameLaunch leagueLaunch = launchOf(report.games[2]);
+        EXPECT_EQ(std::tie(leagueLaunch.kind, leagueLaunch.storeCommand, leagueLaunch.executable),
+                  isClientKnown ? std::tuple(LaunchKind::StoreCommand, launch, leagueExe)
+                                : std::tuple(LaunchKind::Executable, std::string(), leagueExe));
         expectSkips(report, {{"Riot Client.settings.yaml", "not a product settings file"},
                              {"valorant.live.product_settings.yaml", "the install folder no longer exists"}});
     }

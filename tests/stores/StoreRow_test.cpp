@@ -24,6 +24,38 @@ TEST(StoreRow, DecodesNamedAndNumericEntitiesAndLeavesTheRest) {
     }
 }
 
+// Regression: every "&" used to search the rest of the text for its ";", so a title of a
+// few megabytes of bare ampersands took hours; a linear decoder takes milliseconds, and
+// ctest's time-out fails the quadratic one.
+TEST(StoreRow, EntityDecodingStaysLinearInTheNumberOfAmpersands) {
+    const std::string bare(4 << 20, '&');
+    EXPECT_EQ(decodeXmlEntities(bare), bare);
+    EXPECT_EQ(decodeXmlEntities(bare + "&amp;"), bare + "&");
+}
+
+TEST(StoreRow, EveryStoreHasItsDisplayName) {
+    const std::pair<const char*, const char*> stores[] = {
+        {"epic", "Epic Games"},
+        {"gog", "GOG Galaxy"},
+        {"xbox", "Xbox"},
+        {"ea", "EA App"},
+        {"ubisoft", "Ubisoft Connect"},
+        {"battlenet", "Battle.net"},
+        {"rockstar", "Rockstar Games"},
+        {"riot", "Riot Games"},
+        {"itch", "itch.io"},
+        {"amazon", "Amazon Games"},
+    };
+    ASSERT_EQ(storeProviders.size(), std::size(stores));
+    for (size_t i = 0; i < std::size(stores); ++i) {
+        EXPECT_EQ(storeProviders[i].key, stores[i].first) << i; // the table's order is the scan's
+        EXPECT_EQ(storeDisplayName(stores[i].first), stores[i].second);
+        EXPECT_EQ(makeStoreRow(stores[i].first, "1", "T", {}, "t.exe", "").storeName, stores[i].second);
+    }
+    EXPECT_EQ(storeDisplayName("steam"), "");
+    EXPECT_EQ(storeDisplayName(""), "");
+}
+
 // The scanner tests check each row's own fields; what the builder derives is pinned here.
 TEST(StoreRow, BuildsTheCommonRowFromTheStoreTable) {
     const auto row = makeStoreRow("gog", "1400000001", "Lantern Harbor", {}, "named.exe", "");

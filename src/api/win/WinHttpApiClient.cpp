@@ -1,6 +1,6 @@
 // Status is judged only after the whole body is read, so an error reply's text reaches the
 // user inside the "Corvandell API HTTP" message. Handles are closed on every path, the
-// failure paths included.
+// failure paths included. A body over 64 MB is refused as it arrives, never held whole.
 #include "api/win/WinHttpApiClient.hpp"
 
 #include <stdexcept>
@@ -16,6 +16,9 @@ namespace corvandell::win {
 namespace {
 
 constexpr wchar_t kUserAgent[] = L"Corvandell/0.1";
+// No service reply comes near this (the largest, a 100-title catalogue page, is tens of
+// kilobytes); a larger one is a fault or an attack, and is refused before it is held.
+constexpr std::size_t kMaxReplyBytes = std::size_t{64} << 20;
 
 std::wstring fullUrl(const Settings& settings, const std::string& path) {
     std::string base = settings.apiBaseUrl;
@@ -101,11 +104,14 @@ std::string WinHttpApiClient::request(const std::string& method, const std::stri
     disableRedirects(exchange.request.get());
     sendAndReceive(exchange.request.get(), requestHeaders(*settings_, !body.empty()), body);
     const DWORD status = replyStatusCode(exchange.request.get());
-    std::string reply = readReplyBody(exchange.request.get());
-    if (isFailureStatus(status)) {
-        throw statusError(status, reply);
+    std::optional<std::string> reply = readReplyBodyUpTo(exchange.request.get(), kMaxReplyBytes);
+    if (!reply) {
+        throw std::runtime_error("Corvandell API reply larger than 64 MB");
     }
-    return reply;
+    if (isFailureStatus(status)) {
+        throw statusError(status, *reply);
+    }
+    return *reply;
 }
 
 std::string WinHttpApiClient::requestRedirectLocation(const std::string& path) {

@@ -1,5 +1,6 @@
 #include "base/win/WinHttpReply.hpp"
 
+#include <cwchar>
 #include <vector>
 
 namespace corvandell::win {
@@ -19,6 +20,47 @@ std::string readReplyBody(HINTERNET request) {
         DWORD available = 0;
         if (!WinHttpQueryDataAvailable(request, &available) || available == 0) {
             break;
+        }
+        chunk.assign(available, '\0');
+        DWORD read = 0;
+        if (!WinHttpReadData(request, chunk.data(), available, &read)) {
+            break;
+        }
+        body.append(chunk.data(), read);
+    }
+    return body;
+}
+
+namespace {
+
+// The declared Content-Length; nothing when there is none (a chunked reply) or it is not a number.
+std::optional<unsigned long long> declaredLength(HINTERNET request) {
+    wchar_t text[32] = {};
+    DWORD bytes = sizeof(text) - sizeof(wchar_t);
+    if (!WinHttpQueryHeaders(request, WINHTTP_QUERY_CONTENT_LENGTH, WINHTTP_HEADER_NAME_BY_INDEX, text,
+                             &bytes, WINHTTP_NO_HEADER_INDEX)) {
+        return std::nullopt;
+    }
+    wchar_t* end = nullptr;
+    const unsigned long long length = std::wcstoull(text, &end, 10);
+    return end != text ? std::optional(length) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> readReplyBodyUpTo(HINTERNET request, std::size_t maxBytes) {
+    if (const auto length = declaredLength(request); length && *length > maxBytes) {
+        return std::nullopt;
+    }
+    std::string body;
+    std::vector<char> chunk;
+    for (;;) {
+        DWORD available = 0;
+        if (!WinHttpQueryDataAvailable(request, &available) || available == 0) {
+            break;
+        }
+        if (available > maxBytes - body.size()) {
+            return std::nullopt;
         }
         chunk.assign(available, '\0');
         DWORD read = 0;

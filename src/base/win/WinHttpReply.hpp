@@ -6,6 +6,8 @@
 #include <windows.h>
 #include <winhttp.h>
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace corvandell::win {
@@ -14,6 +16,10 @@ namespace corvandell::win {
 DWORD replyStatusCode(HINTERNET request);
 
 std::string readReplyBody(HINTERNET request);
+
+// The body, read only while it stays within maxBytes: nothing as soon as the declared
+// Content-Length or what has arrived passes it, so an oversized reply is never held whole.
+std::optional<std::string> readReplyBodyUpTo(HINTERNET request, std::size_t maxBytes);
 
 // Whether a status is outside 200..299 (0 and every 1xx, 3xx, 4xx and 5xx included).
 constexpr bool isFailureStatus(DWORD status) {

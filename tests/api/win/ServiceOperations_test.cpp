@@ -168,7 +168,9 @@ TEST(ServiceOperationsTest, RepositoryGamesSharingClaimingAndAccountLinking) {
     EXPECT_EQ(owner.getLinkedRepositoryAccount(), "");
     const std::string link = owner.startRepositoryAccountLink();
     ASSERT_EQ(link.rfind(serviceBaseUrl(), 0), 0u) << link;
-    callStandIn("GET", link.substr(serviceBaseUrl().size()) + "&login=ops-owner-gh");
+    // The login comes from the (simulated) provider's reply; one sent by the caller is ignored.
+    callStandIn("POST", "/__test/github-account", R"({"username":"ops-owner","login":"ops-owner-gh"})");
+    callStandIn("GET", link.substr(serviceBaseUrl().size()) + "&login=someone-else");
     EXPECT_EQ(owner.getLinkedRepositoryAccount(), "ops-owner-gh");
 
     EXPECT_TRUE(owner.claimRepositoryGame(shared.id).isVerifiedOwner);

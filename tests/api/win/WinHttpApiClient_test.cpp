@@ -13,6 +13,8 @@
 namespace corvandell::win {
 namespace {
 
+constexpr char kPaperMoth[] = "6c2605c5-4c84-522e-b052-c8337030cd28"; // a free title of the stand-in
+
 TEST(WinHttpApiClientTest, JoinsTheBaseAddressWithExactlyOneSlashWhateverItEndsIn) {
     Settings settings = signedInSettings("slash");
     const std::string base = settings.apiBaseUrl;
@@ -34,7 +36,7 @@ TEST(WinHttpApiClientTest, SendsOnlyTheHeadersThatApply) {
     EXPECT_EQ(received.headers["Authorization"], "Bearer " + settings.bearerToken);
     EXPECT_EQ(received.headers["Content-Type"], "application/json");
 
-    client.startLaunch(client.listSoftware("", "", "", "").at(0).id);
+    client.startLaunch(kPaperMoth); // free, so anyone may launch it
     received = lastReceivedRequest();
     EXPECT_EQ(std::tie(received.method, received.body), std::tuple("POST", ""));
     EXPECT_FALSE(received.headers.contains("Content-Type"));
@@ -55,6 +57,36 @@ TEST(WinHttpApiClientTest, JudgesTheStatusAfterReadingTheBody) {
     // Never followed, so the token never travels to wherever the redirect points.
     scriptNextReply("/api/v1/me", 302, "moved", R"({"Location":"http://127.0.0.1:9/elsewhere"})");
     EXPECT_EQ(test::thrownText([&] { client.getMe(); }), "Corvandell API HTTP 302: moved");
+}
+
+// Hostile free text through the client's own writers and readers and back: quotes,
+// backslashes, CR, tab, control characters, and text shaped like the fields after it.
+TEST(WinHttpApiClientTest, HostileTextComesBackByteForByteAndMovesNoField) {
+    Settings annSettings = signedInSettings("hostile-ann");
+    Settings benSettings = signedInSettings("hostile-ben");
+    WinHttpApiClient ann(&annSettings);
+    WinHttpApiClient ben(&benSettings);
+    const MeResult benMe = ben.getMe();
+    ann.sendFriendRequest(benMe.id);
+    ben.sendFriendRequest(ann.getMe().id);
+    const std::string texts[] = {
+        "q\"b\\c\rt\tx\x01\x1f!",
+        "x\",\"id\":\"forged\",\"username\":\"x",
+        "\\r\\u0041 \\",
+    };
+    for (const std::string& text : texts) {
+        ben.setNickname(text);
+        const MeResult me = ben.getMe();
+        EXPECT_EQ(std::tie(me.id, me.username, me.nickname), std::tie(benMe.id, benMe.username, text));
+
+        const Conversation direct = ann.openDirectConversation(benMe.id);
+        const ChatMessage sent = ben.sendMessage(direct.id, text);
+        EXPECT_EQ(std::tie(sent.senderUsername, sent.content), std::tuple("hostile-ben", text));
+        EXPECT_EQ(ann.listMessages(direct.id).back().content, text);
+        const Conversation group = ann.createGroupConversation({benMe.id}, text);
+        EXPECT_EQ(std::tie(group.type, group.name), std::tuple("group", text));
+        EXPECT_EQ(group.id.size(), 36u) << group.id; // a uuid, not text from the name
+    }
 }
 
 TEST(WinHttpApiClientTest, TransportFailuresHaveTheirOwnTexts) {

@@ -9,6 +9,7 @@
 
 #include "base/win/WideText.hpp"
 #include "stores/StoreFiles.hpp"
+#include "stores/StoreLaunch.hpp"
 #include "stores/StoreScanners.hpp"
 #include "stores/win/WindowsStoreHost.hpp"
 
@@ -34,6 +35,11 @@ void printGame(const corvandell::DetectedGame& game) {
     printLine("  folder:      " + orNone(utf8Text(game.installFolder)));
     printLine("  executable:  " + orNone(utf8Text(game.executable)));
     printLine("  launch:      " + orNone(game.launchAddress));
+    const corvandell::LaunchKind kind = corvandell::launchOf(game).kind;
+    printLine(std::string("  starts:      ") +
+              (kind == corvandell::LaunchKind::StoreCommand ? "through the store"
+               : kind == corvandell::LaunchKind::Executable ? "the executable"
+                                                            : "(nothing)"));
     printLine("");
 }
 

@@ -1,0 +1,49 @@
+// Walking store and game folders so that no folder on disk can stop or derail a scan.
+//
+// Two traps. A junction or directory symbolic link inside a game folder can point to its
+// own parent or to a drive root, and the mingw runtime's std::filesystem does not report a
+// junction as a link, so its recursive iterator would descend into it without end: every
+// walk asks isLinkOrReparsePoint, whose Windows half reads the entry's attributes, before
+// it descends, and never follows the answer "yes". And a name that is not valid Unicode (an
+// unpaired surrogate on Windows, bytes that are not UTF-8 elsewhere) has no UTF-8 form for
+// our rows and reports, so walks leave such entries out and say so instead of failing.
+#pragma once
+
+#include "base/FolderLinks.hpp"
+
+#include "stores/DetectedGame.hpp"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvandell {
+
+// Whether the path's last component is valid UTF-16 (Windows) or UTF-8 (elsewhere).
+bool hasUnicodeName(const std::filesystem::path& path);
+
+// Why a walk left an entry out, for the scan report.
+inline constexpr char kLinkNotFollowed[] = "a link to another folder, which scans do not follow";
+inline constexpr char kNameNotUnicode[] = "the name is not valid Unicode";
+
+using WalkSkipNote = std::function<void(const std::filesystem::path& entry, const std::string& reason)>;
+
+// Notes each entry a walk leaves out as skipped by the store.
+WalkSkipNote skipNote(ScanReport& report, std::string_view storeName);
+
+// Every regular file below the folder, with its depth (0 for the folder's own files).
+// Links and badly named entries are left out (noted through onSkip when given), unreadable
+// subfolders passed over, and the walk ends at the first other error with what it found.
+// Never throws.
+void walkFiles(const std::filesystem::path& folder,
+               const std::function<void(const std::filesystem::directory_entry& file, int depth)>& onFile,
+               const WalkSkipNote& onSkip = {});
+
+// The direct subfolders, sorted so scans report games in the same order every time; empty
+// when the folder cannot be read. Links and badly named folders are left out the same way.
+std::vector<std::filesystem::path> listSubfolders(const std::filesystem::path& folder,
+                                                  const WalkSkipNote& onSkip = {});
+
+} // namespace corvandell
