@@ -48,7 +48,8 @@ void expect_archive(const std::string& commitish, const fs::path& checkout) {
 // program (it takes a while) so the pack holds long offset-delta chains.
 void make_repository() {
     [[maybe_unused]] static const bool made = [] {
-        const fs::path fixture = fs::path(__FILE__).parent_path().parent_path().parent_path() / "support";
+        const fs::path fixture =
+            fs::path(__FILE__).parent_path().parent_path().parent_path().parent_path() / "support";
         test::run_shell("'" + (fixture / "git-http-fixture").string() + "' make '" + folder("repo").string() +
                         "'");
         git("repack -adfq --depth=50 --window=250");
