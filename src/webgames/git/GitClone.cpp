@@ -13,6 +13,7 @@
 #include "webgames/git/Sha1.hpp"
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 
@@ -21,6 +22,7 @@ namespace corvandell::git {
 namespace {
 
 constexpr std::size_t kObjectNameDigits = 40;
+constexpr char kTooLargeText[] = "repository too large";
 
 void report(const CloneProgress& progress, const wchar_t* text) {
     if (progress) {
@@ -47,8 +49,10 @@ void empty_folder(const std::filesystem::path& destination) {
 
 } // namespace
 
+// Running out of memory anywhere in the clone, the reply included, is what the byte
+// budget exists to prevent, so it is reported the same way.
 void shallow_clone(GitTransport& transport, const std::string& owner, const std::string& repo,
-                   const std::filesystem::path& destination, const CloneProgress& progress) {
+                   const std::filesystem::path& destination, const CloneProgress& progress) try {
     const std::wstring path =
         L"/" + pathFromUtf8(owner).wstring() + L"/" + pathFromUtf8(repo).wstring() + L".git";
     report(progress, L"Contacting GitHub...");
@@ -64,9 +68,11 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
         transport.request(path + L"/git-upload-pack", upload_pack_request(tip),
                           L"application/x-git-upload-pack-request", L"application/x-git-upload-pack-result");
     report(progress, L"Unpacking...");
-    const auto objects = parse_packfile(pack_from_response(response), object_name);
+    PackError error = PackError::None;
+    const auto objects = parse_packfile(pack_from_response(response), object_name, &error);
     if (!objects) {
-        throw std::runtime_error("failed to decode the repository packfile");
+        throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
+                                                              : "failed to decode the repository packfile");
     }
     const auto commit = objects->find(lower_case(tip));
     if (commit == objects->end()) {
@@ -80,6 +86,8 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
     empty_folder(destination);
     checkout_tree(*objects, rootTree, destination);
     report(progress, L"Clone complete.");
+} catch (const std::bad_alloc&) {
+    throw std::runtime_error(kTooLargeText);
 }
 
 } // namespace corvandell::git

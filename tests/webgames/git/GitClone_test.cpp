@@ -143,6 +143,15 @@ TEST(GitClone, EachReplyShapeIsReadAndEachFailureHasItsText) {
         }
         bomb.push_back(fanOut);
     }
+    // Every one-byte copy opcode repeats the whole 64 KiB base: a 1 MB delta (1 KB once
+    // compressed) announces 64 GiB.
+    const std::string base(0x10000, 'b');
+    const std::string copyDelta = test::delta_varint(base.size()) +
+                                  test::delta_varint(std::uint64_t{64} << 30) + std::string(1 << 20, '\x80');
+    const std::string bomb64 = test::pack_of(
+        {test::pack_entry(3, base), test::ref_delta_entry(git_object_name(3, base), copyDelta)});
+    const std::string lyingHeader =
+        test::pack_of({test::pack_entry(3, std::uint64_t{1} << 40, test::zlib_stored("hello"))});
     std::vector<std::string> deep = {tree_entry("100644", "a", kBlob)}; // 10,001 folders down
     while (deep.size() <= 10001) {
         deep.push_back(tree_entry("40000", "d", git_object_name(2, deep.back())));
@@ -164,6 +173,8 @@ TEST(GitClone, EachReplyShapeIsReadAndEachFailureHasItsText) {
         {{refs, "00g5x" + split}, "malformed git response", old},
         {{refs, "0005x-005y" + split}, "malformed git response", old},
         {{refs, response(kPack.substr(0, 40))}, "failed to decode the repository packfile", old},
+        {{refs, response(bomb64)}, "repository too large", old},
+        {{refs, response(lyingHeader)}, "repository too large", old},
         {{refs, serve({kTree}, "tree " + kTip).second}, "packfile did not contain the branch tip", old},
         {serve({kTree}, "tree 0123\n"), "could not find the root tree", old},
         {serve({tree_entry("40000", "d", kZeros)}), "missing tree object in pack", {}},
