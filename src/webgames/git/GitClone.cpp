@@ -1,8 +1,9 @@
 // The depth-1 clone: advertisement, upload-pack, pack decoding, checkout.
 //
-// Everything that can fail on the network or in the pack fails before the destination is
-// touched, so a bad reply leaves the previous copy of the game in place. Only then is the
-// destination emptied; removal never follows a symbolic link out of it.
+// Everything that can fail on the network, in the pack or in the tree fails before the
+// destination is touched, so a bad reply leaves the previous copy of the game in place:
+// the checkout is planned in full (every object found, every limit met) first. Only then
+// is the destination emptied; removal never follows a symbolic link out of it.
 #include "webgames/git/GitClone.hpp"
 
 #include "base/Utf8Path.hpp"
@@ -68,8 +69,10 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
         transport.request(path + L"/git-upload-pack", upload_pack_request(tip),
                           L"application/x-git-upload-pack-request", L"application/x-git-upload-pack-result");
     report(progress, L"Unpacking...");
+    const std::string pack = pack_from_response(response);
+    const ByteLimits limits;
     PackError error = PackError::None;
-    const auto objects = parse_packfile(pack_from_response(response), object_name, &error);
+    const auto objects = parse_packfile(pack, object_name, &error, limits);
     if (!objects) {
         throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
                                                               : "failed to decode the repository packfile");
@@ -82,9 +85,11 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
     if (rootTree.size() != kObjectNameDigits) {
         throw std::runtime_error("could not find the root tree");
     }
-    ensure_tree_fits(*objects, rootTree);
+    CheckoutLimits checkoutLimits;
+    checkoutLimits.maxBytes = limits.totalFor(pack.size());
+    const CheckoutPlan plan = plan_checkout(*objects, rootTree, checkoutLimits);
     empty_folder(destination);
-    checkout_tree(*objects, rootTree, destination);
+    write_checkout(plan, destination);
     report(progress, L"Clone complete.");
 } catch (const std::bad_alloc&) {
     throw std::runtime_error(kTooLargeText);
