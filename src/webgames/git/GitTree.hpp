@@ -43,8 +43,9 @@ private:
 std::vector<TreeEntry> read_tree(std::string_view treeData);
 
 // False for names a hostile repository could use to escape or misuse the destination
-// folder on Windows: empty, ".", "..", ".git" in any case, separators, ":", NUL, device
-// names with or without extension, trailing dot or space.
+// folder, or that Windows cannot create: empty, ".", "..", ".git" in any case, separators,
+// NUL, control characters, any of < > : " | ? *, bytes that are not UTF-8, device names
+// with or without extension, trailing dot or space.
 bool is_safe_entry_name(std::string_view name);
 
 } // namespace corvandell::git

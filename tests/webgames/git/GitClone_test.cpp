@@ -80,22 +80,39 @@ Exchange serve(const std::vector<std::string>& trees, std::string commit = "",
     return {advertisement(git_object_name(1, commit)), response(pack_with(trees, commit, blobs))};
 }
 
-// A root holding its page, names that only look like device names or ".git", and what must
-// not be written: names a hostile repository would use to leave the destination or open a
-// device on Windows (as files and as folders), a symbolic link, a submodule and an entry
-// cut short.
-const Names kWritten = {"#1",         ".gitignore",  "a b",         "auxiliary.js",
-                        "com10",      "com\xC2\xB4", "console.log", "git",
-                        "index.html", "lpt",         "nul1",        "\xC3\xA9t\xC3\xA9.png"};
+// A root holding its page, names that only look like device names or ".git", UTF-8 up to
+// its last code point, and what must not be written: names a hostile repository would use
+// to leave the destination or open a device on Windows, names Windows cannot create, and
+// bytes that are not UTF-8 (as files and as folders), a symbolic link, a submodule and an
+// entry cut short.
+const Names kWritten = {"#1",
+                        ".gitignore",
+                        "a b",
+                        "auxiliary.js",
+                        "com10",
+                        "com\xC2\xB4",
+                        "console.log",
+                        "git",
+                        "index.html",
+                        "lpt",
+                        "nul1",
+                        "\xC3\xA9t\xC3\xA9.png",
+                        "\xEF\xBF\xBD",
+                        "\xF0\x9F\x8E\xAE.js",
+                        "\xF4\x8F\xBF\xBF"};
 const std::string kTree = [] {
     std::string tree = tree_entry("120000", "link", kBlob) + tree_entry("160000", "module", kZeros);
     for (const std::string& name : kWritten) {
         tree += tree_entry("100644", name, kBlob);
     }
-    for (const char* unsafe : {"",           ".",           "..",          ".GIT",    "a/b",
-                               "a\\b",       "C:x",         "file:stream", "CON",     "Nul",
-                               "aux.tar.gz", "Com1.tar.gz", "com0",        "lpt9.md", "CON .txt",
-                               "CONIN$",     "conout$.log", "COM\xC2\xB9", "trail.",  "trail "}) {
+    for (const char* unsafe :
+         {"",         ".",           "..",       ".GIT",     "a/b",          "a\\b",
+          "C:x",      "file:stream", "CON",      "Nul",      "aux.tar.gz",   "Com1.tar.gz",
+          "com0",     "lpt9.md",     "CON .txt", "CONIN$",   "conout$.log",  "COM\xC2\xB9",
+          "trail.",   "trail ",      "LPT0",     "com1.js",  "CON.txt",      "a<b",
+          "a>b",      "a\"b",        "a|b",      "a?b",      "a*b",          "a\x01z",
+          "tab\t",    "\x1f",        "\xFF.txt", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+          "\xE2\x82", "\x80"}) {
         tree += tree_entry("100644", unsafe, kBlob) + tree_entry("40000", unsafe, kZeros);
     }
     return tree + tree_entry("100644", "cut", kBlob).substr(0, 20);
