@@ -3,9 +3,10 @@
 // Everything that can fail on the network, in the pack or in the tree fails before the
 // destination is touched, so a bad reply leaves the previous copy of the game in place:
 // the checkout is planned in full (every object found, every limit met) first. Only then
-// is the destination emptied; removal never follows a symbolic link out of it.
+// is the destination emptied; removal never follows a link out of it.
 #include "webgames/git/GitClone.hpp"
 
+#include "base/FolderRemoval.hpp"
 #include "base/Utf8Path.hpp"
 #include "webgames/git/Checkout.hpp"
 #include "webgames/git/GitProtocol.hpp"
@@ -38,10 +39,10 @@ std::string lower_case(std::string text) {
 }
 
 void empty_folder(const std::filesystem::path& destination) {
-    std::error_code error;
-    if (!std::filesystem::remove(destination, error) && error) {
-        std::filesystem::remove_all(destination, error);
+    if (!removeTreeWithoutFollowingLinks(destination)) {
+        throw std::runtime_error("cannot empty " + pathToUtf8(destination));
     }
+    std::error_code error;
     std::filesystem::create_directories(destination, error);
     if (!std::filesystem::is_directory(destination, error)) {
         throw std::runtime_error("cannot write " + pathToUtf8(destination));
