@@ -48,6 +48,16 @@ TEST_F(GitClientTest, ClonesTheTipAsGitArchiveHasItAndNamesAClosedPort) {
     EXPECT_EQ(test::thrownText(closedPort), "git HTTP request failed");
 }
 
+// The repository names each file and folder Windows cannot create beside ordinary ones
+// (see git-http-fixture): exactly the ordinary ones arrive.
+TEST_F(GitClientTest, SkipsNamesWindowsCannotCreateAndWritesTheRest) {
+    const auto destination = folder_.path() / L"names";
+    GitClient::shallowClone(hostUrl_, "player", "names", destination, {});
+    const auto expected = filesUnder(state_ / "expected" / "names");
+    ASSERT_EQ(expected.size(), 4u);
+    EXPECT_TRUE(filesUnder(destination) == expected) << "the checkout differs from the ordinary files";
+}
+
 TEST_F(GitClientTest, CommandLineToolPrintsProgressAndTheMissingRepositorysText) {
     const std::wstring tool = L"\"" + test::siblingExecutable(L"corvandell-clone.exe").wstring() + L"\"";
     const std::wstring arguments = L" \"" + (folder_.path() / L"out").wstring() + L"\" --host " +
