@@ -1,4 +1,4 @@
-// DEFLATE decoding of one whole buffer into one string, and the zlib wrapper around it.
+// DEFLATE decoding of one whole buffer into one string (the zlib wrapper is in Zlib.cpp).
 //
 // Why it is fast: bits sit in a 64-bit buffer refilled eight bytes at a time, every code
 // is resolved by one table lookup (two for the rare long ones), up to three literals are
@@ -48,41 +48,6 @@ constexpr std::size_t kOutputSlack = 3 + 258 + 16;
 constexpr std::ptrdiff_t kInputSlack = 16;
 constexpr std::uint64_t kLiteralMask = (1u << kLiteralPrimaryBits) - 1;
 constexpr std::uint64_t kDistanceMask = (1u << kDistancePrimaryBits) - 1;
-
-struct Tables {
-    std::array<std::uint32_t, kLiteralTableSize> literal;
-    std::array<std::uint32_t, kDistanceTableSize> distance;
-};
-
-InflateError build_tables(Tables& tables, const std::uint8_t* literalLengths, std::size_t literalCount,
-                          const std::uint8_t* distanceLengths, std::size_t distanceCount) {
-    const InflateError literal = build_huffman_table(
-        {literalLengths, literalCount, literal_length_entries(), kLiteralPrimaryBits, true},
-        tables.literal.data(), tables.literal.size());
-    if (literal != InflateError::None) {
-        return literal;
-    }
-    return build_huffman_table(
-        {distanceLengths, distanceCount, distance_entries(), kDistancePrimaryBits, true},
-        tables.distance.data(), tables.distance.size());
-}
-
-const Tables& fixed_tables() {
-    static const Tables tables = [] {
-        std::array<std::uint8_t, 288> literalLengths{};
-        std::fill(literalLengths.begin(), literalLengths.begin() + 144, std::uint8_t{8});
-        std::fill(literalLengths.begin() + 144, literalLengths.begin() + 256, std::uint8_t{9});
-        std::fill(literalLengths.begin() + 256, literalLengths.begin() + 280, std::uint8_t{7});
-        std::fill(literalLengths.begin() + 280, literalLengths.end(), std::uint8_t{8});
-        std::array<std::uint8_t, 32> distanceLengths{};
-        distanceLengths.fill(5);
-        Tables built;
-        build_tables(built, literalLengths.data(), literalLengths.size(), distanceLengths.data(),
-                     distanceLengths.size());
-        return built;
-    }();
-    return tables;
-}
 
 std::uint64_t load_le64(const std::uint8_t* bytes) {
     std::uint64_t word;
@@ -537,30 +502,6 @@ std::optional<Inflated> inflate_raw(std::string_view input, std::size_t expected
         *error = result;
     }
     return inflated;
-}
-
-std::optional<Inflated> inflate_zlib(std::string_view input, std::size_t expectedSize, InflateError* error,
-                                     std::size_t maxOutputBytes) {
-    if (input.size() < 2) {
-        if (error != nullptr) {
-            *error = InflateError::TruncatedInput;
-        }
-        return std::nullopt;
-    }
-    const auto method = static_cast<std::uint8_t>(input[0]);
-    const auto flags = static_cast<std::uint8_t>(input[1]);
-    const bool hasPresetDictionary = (flags & 0x20) != 0;
-    if ((method & 0x0F) != 8 || (method * 256u + flags) % 31 != 0 || hasPresetDictionary) {
-        if (error != nullptr) {
-            *error = InflateError::BadZlibHeader;
-        }
-        return std::nullopt;
-    }
-    auto result = inflate_raw(input.substr(2), expectedSize, error, maxOutputBytes);
-    if (result) {
-        result->consumed += 2 + 4; // header and Adler-32 trailer
-    }
-    return result;
 }
 
 } // namespace corvandell::git
