@@ -49,6 +49,25 @@ void empty_folder(const std::filesystem::path& destination) {
     }
 }
 
+struct DecodedPack {
+    ObjectSet objects;
+    std::uint64_t packBytes = 0;
+};
+
+// Takes the reply by value so that it, and then the pack, are released as soon as each
+// has been read.
+DecodedPack decode_reply(std::string response, const ByteLimits& limits) {
+    std::string pack = pack_from_response(response);
+    std::string().swap(response);
+    PackError error = PackError::None;
+    auto objects = parse_packfile(pack, object_name, &error, limits);
+    if (!objects) {
+        throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
+                                                              : "failed to decode the repository packfile");
+    }
+    return {std::move(*objects), pack.size()};
+}
+
 } // namespace
 
 // Running out of memory anywhere in the clone, the reply included, is what the byte
@@ -66,20 +85,15 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
         throw std::runtime_error("could not read the repository's default branch");
     }
     report(progress, L"Downloading game files...");
-    const std::string response =
+    std::string response =
         transport.request(path + L"/git-upload-pack", upload_pack_request(tip),
                           L"application/x-git-upload-pack-request", L"application/x-git-upload-pack-result");
     report(progress, L"Unpacking...");
-    const std::string pack = pack_from_response(response);
     const ByteLimits limits;
-    PackError error = PackError::None;
-    const auto objects = parse_packfile(pack, object_name, &error, limits);
-    if (!objects) {
-        throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
-                                                              : "failed to decode the repository packfile");
-    }
-    const auto commit = objects->find(lower_case(tip));
-    if (commit == objects->end()) {
+    const DecodedPack decoded = decode_reply(std::move(response), limits);
+    const ObjectSet& objects = decoded.objects;
+    const auto commit = objects.find(lower_case(tip));
+    if (commit == objects.end()) {
         throw std::runtime_error("packfile did not contain the branch tip");
     }
     const std::string rootTree = root_tree_of(commit->second.data);
@@ -87,8 +101,8 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
         throw std::runtime_error("could not find the root tree");
     }
     CheckoutLimits checkoutLimits;
-    checkoutLimits.maxBytes = limits.totalFor(pack.size());
-    const CheckoutPlan plan = plan_checkout(*objects, rootTree, checkoutLimits);
+    checkoutLimits.maxBytes = limits.totalFor(decoded.packBytes);
+    const CheckoutPlan plan = plan_checkout(objects, rootTree, checkoutLimits);
     empty_folder(destination);
     write_checkout(plan, destination);
     report(progress, L"Clone complete.");
