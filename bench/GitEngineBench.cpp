@@ -1,5 +1,6 @@
 // The git engine benchmark: our inflate, SHA-1, pack decode and checkout side by side with
-// zlib, OpenSSL and the real git, on the pack a depth-1 clone of a game repository gets.
+// zlib, OpenSSL and the real git, on the pack a depth-1 clone of a game repository gets;
+// and how planning a checkout grows with the number of tree entries.
 //
 // Every figure is the best of a few runs in this one process, so both sides see the same
 // machine state; external commands run as children and are timed with wait4, which also
@@ -8,6 +9,7 @@
 // usage: git-engine-bench <pack> <clone folder> <tip commit> <scratch folder>
 //        git-engine-bench --sha1-portable   (run with OpenSSL's SHA instructions masked)
 #include "webgames/git/Checkout.hpp"
+#include "webgames/git/CheckoutPlan.hpp"
 #include "webgames/git/GitTree.hpp"
 #include "webgames/git/Inflate.hpp"
 #include "webgames/git/Packfile.hpp"
@@ -265,6 +267,52 @@ void bench_decode_and_checkout(const std::string& pack, const fs::path& packPath
                 isSame && oursCheckout <= gitCheckout.seconds);
 }
 
+// One root naming `folders` distinct folders that hold one file each.
+std::string make_wide_tree(std::size_t folders, ObjectSet& objects) {
+    const auto add = [&](std::int32_t type, std::string content) {
+        const char* word = type == 2 ? "tree" : "blob";
+        std::string name =
+            object_name(std::string(word) + " " + std::to_string(content.size()) + '\0', content);
+        objects[name] = GitObject{type, name, std::move(content)};
+        return name;
+    };
+    const auto entry = [](const char* mode, const std::string& name, const std::string& hexName) {
+        std::string raw;
+        for (std::size_t at = 0; at < hexName.size(); at += 2) {
+            raw.push_back(static_cast<char>(std::stoi(hexName.substr(at, 2), nullptr, 16)));
+        }
+        return std::string(mode) + " " + name + '\0' + raw;
+    };
+    std::string root;
+    for (std::size_t index = 0; index < folders; ++index) {
+        const std::string file = add(3, "file " + std::to_string(index));
+        root += entry("40000", "folder" + std::to_string(index), add(2, entry("100644", "page.html", file)));
+    }
+    return add(2, root);
+}
+
+// Planning visits every entry once however the tree is shaped, so four times the entries
+// should take about four times as long; a scan per folder would take sixteen.
+void bench_tree_expansion() {
+    constexpr std::size_t kFolders = 50000;
+    double seconds[2] = {};
+    for (int round = 0; round < 2; ++round) {
+        ObjectSet objects;
+        const std::string root = make_wide_tree(kFolders << (2 * round), objects);
+        seconds[round] = best_seconds(3, [&] {
+            if (plan_checkout(objects, root).fileCount != kFolders << (2 * round)) {
+                std::printf("the checkout plan lost files\n");
+                std::exit(1);
+            }
+        });
+    }
+    std::printf("Checkout plan of one tree of distinct folders, a file in each\n");
+    std::printf("  %zu folders %8.3f s    %zu folders %8.3f s\n", kFolders, seconds[0], kFolders * 4,
+                seconds[1]);
+    const double ratio = seconds[1] / seconds[0];
+    print_ratio("time for 4x the folders / time for 1x", ratio, "<= 6.0", ratio <= 6.0);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -306,5 +354,7 @@ int main(int argc, char** argv) {
                0.8);
     std::printf("\n");
     bench_decode_and_checkout(pack, packPath, memory, argv[2], argv[3], scratch);
+    std::printf("\n");
+    bench_tree_expansion();
     return 0;
 }

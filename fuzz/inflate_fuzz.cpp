@@ -1,6 +1,7 @@
 // Fuzzes inflate and gunzip, with zlib as the reference. The first byte picks the mode:
-//   0  the rest is a zlib stream: ours never faults, and whatever zlib decodes in full
-//      (Adler-32 checked) ours decodes to the same bytes, occupying the same input;
+//   0  the rest is a zlib stream: ours never faults, whatever zlib decodes in full
+//      (Adler-32 checked) ours decodes to the same bytes, occupying the same input, and an
+//      output limit cuts off exactly the streams whose output would exceed it;
 //   1  the rest is a text: zlib compresses it (level from the next byte), ours must give
 //      it back exactly, and the same stream cut inside its compressed data must fail;
 //   2  the rest is a gzip file: gunzip never faults;
@@ -78,6 +79,11 @@ void zlibStream(std::string_view input) {
         check(ours->bytes == reference->first);
         check(ours->consumed == reference->second);
     }
+    const std::size_t limit = input.size() * 8;
+    corvandell::git::InflateError error = corvandell::git::InflateError::None;
+    const auto limited = corvandell::git::inflate_zlib(input, std::size_t{1} << 40, &error, limit);
+    check(!limited || limited->bytes.size() <= limit);
+    check(!ours || limited.has_value() == (ours->bytes.size() <= limit));
 }
 
 void compressedText(std::string_view rest) {

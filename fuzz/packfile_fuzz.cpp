@@ -27,7 +27,11 @@ bool isObjectName(std::string_view name) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view pack(reinterpret_cast<const char*>(data), size);
-    const auto objects = corvandell::git::parse_packfile(pack, corvandell::git::object_name);
+    // A small budget, so inputs that announce a lot are refused quickly rather than decoded.
+    corvandell::git::ByteLimits limits;
+    limits.maxObjectBytes = 16 << 20;
+    limits.maxTotalBytes = 64 << 20;
+    const auto objects = corvandell::git::parse_packfile(pack, corvandell::git::object_name, nullptr, limits);
     if (!objects) {
         return 0;
     }

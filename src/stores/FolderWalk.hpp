@@ -9,7 +9,7 @@
 // our rows and reports, so walks leave such entries out and say so instead of failing.
 #pragma once
 
-#include "base/FolderLinks.hpp"
+#include "base/FileLinks.hpp"
 
 #include "stores/DetectedGame.hpp"
 

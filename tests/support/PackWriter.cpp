@@ -3,6 +3,8 @@
 
 #include "webgames/git/Sha1.hpp"
 
+#include <algorithm>
+
 namespace corvandell::test {
 
 namespace {
@@ -26,18 +28,25 @@ std::string from_hex(std::string_view hex) {
 }
 
 std::string zlib_stored(std::string_view bytes) {
-    const auto length = static_cast<std::uint32_t>(bytes.size());
-    std::string stream = "\x78\x01\x01";
-    for (const std::uint32_t half : {length, ~length}) {
-        stream += {static_cast<char>(half & 0xFF), static_cast<char>((half >> 8) & 0xFF)};
-    }
+    std::string stream = "\x78\x01";
+    std::size_t at = 0;
+    do {
+        const std::size_t length = std::min<std::size_t>(bytes.size() - at, 0xFFFF);
+        const bool isFinal = at + length == bytes.size();
+        stream.push_back(isFinal ? '\x01' : '\x00');
+        for (const auto half : {static_cast<std::uint32_t>(length), ~static_cast<std::uint32_t>(length)}) {
+            stream += {static_cast<char>(half & 0xFF), static_cast<char>((half >> 8) & 0xFF)};
+        }
+        stream.append(bytes.substr(at, length));
+        at += length;
+    } while (at < bytes.size());
     std::uint32_t a = 1;
     std::uint32_t b = 0;
     for (const char byte : bytes) {
         a = (a + static_cast<std::uint8_t>(byte)) % 65521;
         b = (b + a) % 65521;
     }
-    append_big_endian32(stream.append(bytes), (b << 16) | a);
+    append_big_endian32(stream, (b << 16) | a);
     return stream;
 }
 

@@ -12,7 +12,7 @@
 namespace corvandell::test {
 
 std::string from_hex(std::string_view hex);      // spaces between digit pairs are skipped
-std::string zlib_stored(std::string_view bytes); // one stored block (up to 65535 bytes)
+std::string zlib_stored(std::string_view bytes); // stored blocks of up to 65535 bytes each
 std::string delta_varint(std::uint64_t value);   // little-endian base-128, as in delta headers
 // "<mode> <name>\0" and the 20 raw bytes of a 40-digit object name.
 std::string tree_entry(std::string_view mode, std::string_view name, std::string_view hexName);

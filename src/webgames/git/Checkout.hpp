@@ -5,18 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "webgames/git/CheckoutPlan.hpp"
 #include "webgames/git/Packfile.hpp"
 
 namespace corvandell::git {
 
-// A tree may name one subtree many times over, so a small pack can describe billions of
-// files. Throws std::runtime_error("too many files in the repository") when the tree
-// expands to more than a browser game ever holds; call it before anything irreversible.
-void ensure_tree_fits(const ObjectSet& objects, const std::string& treeName);
+// Writes the planned files under `folder`, creating folders as files need them (so an
+// empty tree leaves no folder); throws "cannot write " + path.
+void write_checkout(const CheckoutPlan& plan, const std::filesystem::path& folder);
 
-// Throws std::runtime_error: "missing tree object in pack", "missing blob object in pack",
-// "cannot write " + path, "tree nesting too deep". Unsafe entry names are skipped, not
-// written. Writes whatever the tree expands to: check it with ensure_tree_fits first.
+// plan_checkout then write_checkout, for callers with nothing to do in between.
 void checkout_tree(const ObjectSet& objects, const std::string& treeName,
                    const std::filesystem::path& folder);
 

@@ -1,14 +1,18 @@
 // Applies one git delta (a source size, a target size, then copy/insert opcodes) to its base.
 //
 // Every count in a delta comes from the sender, so none is trusted: the target buffer is
-// sized only after checking that the opcodes left could possibly fill it, each copy is
-// bounds-checked without overflow, and no opcode may write past the announced target size.
-// The output is one buffer written in place, which is the fast path for long delta chains.
+// sized only after checking it against the caller's limit and that the opcodes left could
+// possibly fill it, each copy is bounds-checked without overflow, and no opcode may write
+// past the announced target size. The limit matters because the second check alone still
+// lets each one-byte copy opcode announce 64 KiB: a kilobyte of compressed delta can
+// announce 64 GiB. The output is one buffer written in place, which is the fast path for
+// long delta chains.
 #include "webgames/git/Delta.hpp"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
 
 namespace corvandell::git {
 
@@ -57,17 +61,36 @@ std::uint64_t max_output(std::size_t opcodeBytes, std::size_t baseSize) {
 
 } // namespace
 
-std::optional<std::string> apply_delta(std::string_view base, std::string_view delta) {
+std::optional<std::string> apply_delta(std::string_view base, std::string_view delta, DeltaError* error,
+                                       std::size_t maxTargetBytes) {
+    DeltaError ignored = DeltaError::None;
+    DeltaError& reason = error != nullptr ? *error : ignored;
+    reason = DeltaError::None;
+    const auto fail = [&reason](DeltaError why) {
+        reason = why;
+        return std::nullopt;
+    };
     std::size_t position = 0;
     std::uint64_t sourceSize = 0;
     std::uint64_t targetSize = 0;
     if (!read_varint(delta, position, sourceSize) || !read_varint(delta, position, targetSize)) {
-        return std::nullopt;
+        return fail(DeltaError::BadHeader);
     }
-    if (sourceSize != base.size() || targetSize > max_output(delta.size() - position, base.size())) {
-        return std::nullopt;
+    if (sourceSize != base.size()) {
+        return fail(DeltaError::SourceSizeMismatch);
     }
-    std::string result(static_cast<std::size_t>(targetSize), '\0');
+    if (targetSize > maxTargetBytes) {
+        return fail(DeltaError::TooLarge);
+    }
+    if (targetSize > max_output(delta.size() - position, base.size())) {
+        return fail(DeltaError::TargetUnreachable);
+    }
+    std::string result;
+    try {
+        result.assign(static_cast<std::size_t>(targetSize), '\0');
+    } catch (const std::bad_alloc&) {
+        return fail(DeltaError::OutOfMemory);
+    }
     char* out = result.data();
     std::size_t written = 0;
     while (position < delta.size()) {
@@ -78,31 +101,37 @@ std::optional<std::string> apply_delta(std::string_view base, std::string_view d
             std::size_t size = 0;
             if (!read_flagged(delta, position, opcode, 4, offset) ||
                 !read_flagged(delta, position, opcode >> 4, 3, size)) {
-                return std::nullopt;
+                return fail(DeltaError::TruncatedOpcode);
             }
             if (size == 0) {
                 size = kDefaultCopySize;
             }
-            if (offset > base.size() || size > base.size() - offset || size > room) {
-                return std::nullopt;
+            if (offset > base.size() || size > base.size() - offset) {
+                return fail(DeltaError::CopyOutOfRange);
+            }
+            if (size > room) {
+                return fail(DeltaError::TargetOverrun);
             }
             std::memcpy(out + written, base.data() + offset, size);
             written += size;
             continue;
         }
         if (opcode == 0) {
-            return std::nullopt; // reserved
+            return fail(DeltaError::ReservedOpcode);
         }
         const std::size_t size = opcode;
-        if (size > delta.size() - position || size > room) {
-            return std::nullopt;
+        if (size > delta.size() - position) {
+            return fail(DeltaError::TruncatedOpcode);
+        }
+        if (size > room) {
+            return fail(DeltaError::TargetOverrun);
         }
         std::memcpy(out + written, delta.data() + position, size);
         position += size;
         written += size;
     }
     if (written != result.size()) {
-        return std::nullopt;
+        return fail(DeltaError::TargetShort);
     }
     return result;
 }

@@ -22,7 +22,10 @@ public:
 using CloneProgress = std::function<void(const std::wstring&)>;
 
 // Fetches the tip of the default branch of owner/repo and writes its files into
-// `destination`, which is emptied first. Throws std::runtime_error on any failure.
+// `destination`, which is emptied first. Throws std::runtime_error on any failure; a pack
+// or tree over the byte limits, or running out of memory, is "repository too large".
+// Every refusal comes before the old files are removed; after that only the file system
+// can fail.
 void shallow_clone(GitTransport& transport, const std::string& owner, const std::string& repo,
                    const std::filesystem::path& destination, const CloneProgress& progress);
 

@@ -33,22 +33,32 @@ std::string root_tree_of(std::string_view commitText) {
     return std::string(commitText.substr(kTreeLine.size(), kObjectNameDigits));
 }
 
+bool TreeEntryReader::next(TreeEntryView& entry) {
+    if (position_ >= data_.size()) {
+        return false;
+    }
+    const std::size_t space = data_.find(' ', position_);
+    if (space == std::string_view::npos) {
+        position_ = data_.size();
+        return false;
+    }
+    const std::size_t nul = data_.find('\0', space + 1);
+    if (nul == std::string_view::npos || data_.size() - (nul + 1) < kRawNameBytes) {
+        position_ = data_.size();
+        return false;
+    }
+    entry.mode = mode_of(data_.substr(position_, space - position_));
+    entry.name = data_.substr(space + 1, nul - space - 1);
+    entry.rawId = data_.substr(nul + 1, kRawNameBytes);
+    position_ = nul + 1 + kRawNameBytes;
+    return true;
+}
+
 std::vector<TreeEntry> read_tree(std::string_view treeData) {
     std::vector<TreeEntry> entries;
-    std::size_t position = 0;
-    while (position < treeData.size()) {
-        const std::size_t space = treeData.find(' ', position);
-        if (space == std::string_view::npos) {
-            break;
-        }
-        const std::size_t nul = treeData.find('\0', space + 1);
-        if (nul == std::string_view::npos || treeData.size() - (nul + 1) < kRawNameBytes) {
-            break;
-        }
-        entries.push_back(TreeEntry{mode_of(treeData.substr(position, space - position)),
-                                    std::string(treeData.substr(space + 1, nul - space - 1)),
-                                    hex_of(treeData.substr(nul + 1, kRawNameBytes))});
-        position = nul + 1 + kRawNameBytes;
+    TreeEntryReader reader(treeData);
+    for (TreeEntryView entry; reader.next(entry);) {
+        entries.push_back(TreeEntry{entry.mode, std::string(entry.name), hex_of(entry.rawId)});
     }
     return entries;
 }

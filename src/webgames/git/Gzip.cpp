@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 
 namespace corvandell::git {
 namespace {
@@ -89,7 +90,7 @@ std::optional<std::size_t> body_offset(std::string_view file, std::size_t at) {
 
 } // namespace
 
-std::optional<std::string> gunzip(std::string_view file) {
+std::optional<std::string> gunzip(std::string_view file, std::size_t maxBytes) try {
     if (file.empty()) {
         return std::nullopt;
     }
@@ -102,7 +103,7 @@ std::optional<std::string> gunzip(std::string_view file) {
         if (!body) {
             return std::nullopt;
         }
-        auto member = inflate_raw(file.substr(*body), sizeHint);
+        auto member = inflate_raw(file.substr(*body), sizeHint, nullptr, maxBytes - content.size());
         if (!member) {
             return std::nullopt;
         }
@@ -115,6 +116,8 @@ std::optional<std::string> gunzip(std::string_view file) {
         at = trailer + kTrailerSize;
     }
     return content;
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
 }
 
 } // namespace corvandell::git

@@ -5,10 +5,13 @@
 #include <string>
 #include <string_view>
 
+#include "webgames/git/ByteBudget.hpp"
+
 namespace corvandell::git {
 
 // The decompressed content of every member of the file, concatenated; no value when the
-// file is not gzip, is truncated, or a member's CRC-32 or length does not match.
-std::optional<std::string> gunzip(std::string_view file);
+// file is not gzip, is truncated, a member's CRC-32 or length does not match, or the
+// content would exceed `maxBytes` (checked as it is inflated, not from the trailer).
+std::optional<std::string> gunzip(std::string_view file, std::size_t maxBytes = kMaxObjectBytes);
 
 } // namespace corvandell::git

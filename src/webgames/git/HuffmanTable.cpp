@@ -5,6 +5,7 @@
 // shortest first, and each run gets its own subtable sized for its longest member.
 #include "webgames/git/HuffmanTable.hpp"
 
+#include <algorithm>
 #include <array>
 
 namespace corvandell::git::inflate_detail {
@@ -175,6 +176,36 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
         }
     }
     return InflateError::None;
+}
+
+InflateError build_tables(Tables& tables, const std::uint8_t* literalLengths, std::size_t literalCount,
+                          const std::uint8_t* distanceLengths, std::size_t distanceCount) {
+    const InflateError literal = build_huffman_table(
+        {literalLengths, literalCount, literal_length_entries(), kLiteralPrimaryBits, true},
+        tables.literal.data(), tables.literal.size());
+    if (literal != InflateError::None) {
+        return literal;
+    }
+    return build_huffman_table(
+        {distanceLengths, distanceCount, distance_entries(), kDistancePrimaryBits, true},
+        tables.distance.data(), tables.distance.size());
+}
+
+const Tables& fixed_tables() {
+    static const Tables tables = [] {
+        std::array<std::uint8_t, 288> literalLengths{};
+        std::fill(literalLengths.begin(), literalLengths.begin() + 144, std::uint8_t{8});
+        std::fill(literalLengths.begin() + 144, literalLengths.begin() + 256, std::uint8_t{9});
+        std::fill(literalLengths.begin() + 256, literalLengths.begin() + 280, std::uint8_t{7});
+        std::fill(literalLengths.begin() + 280, literalLengths.end(), std::uint8_t{8});
+        std::array<std::uint8_t, 32> distanceLengths{};
+        distanceLengths.fill(5);
+        Tables built;
+        build_tables(built, literalLengths.data(), literalLengths.size(), distanceLengths.data(),
+                     distanceLengths.size());
+        return built;
+    }();
+    return tables;
 }
 
 } // namespace corvandell::git::inflate_detail

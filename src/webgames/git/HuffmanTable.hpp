@@ -8,6 +8,7 @@
 // hot loop needs no second lookup by symbol.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -55,5 +56,17 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
 const std::uint32_t* literal_length_entries(); // 288 symbols
 const std::uint32_t* distance_entries();       // 32 symbols
 const std::uint32_t* code_length_entries();    // 19 symbols
+
+// The two tables a compressed block is decoded with.
+struct Tables {
+    std::array<std::uint32_t, kLiteralTableSize> literal;
+    std::array<std::uint32_t, kDistanceTableSize> distance;
+};
+
+InflateError build_tables(Tables& tables, const std::uint8_t* literalLengths, std::size_t literalCount,
+                          const std::uint8_t* distanceLengths, std::size_t distanceCount);
+
+// The fixed codes of block type 1, built once.
+const Tables& fixed_tables();
 
 } // namespace corvandell::git::inflate_detail

@@ -1,4 +1,4 @@
-// DEFLATE decoding of one whole buffer into one string, and the zlib wrapper around it.
+// DEFLATE decoding of one whole buffer into one string (the zlib wrapper is in Zlib.cpp).
 //
 // Why it is fast: bits sit in a 64-bit buffer refilled eight bytes at a time, every code
 // is resolved by one table lookup (two for the rare long ones), up to three literals are
@@ -7,6 +7,12 @@
 // kInputSlack input bytes and kOutputSlack output bytes remain; near either end a careful
 // path decodes one symbol at a time, feeding zeros past the end of input and growing the
 // output as needed.
+//
+// The output never outgrows the caller's limit by more than that slack: the fast loop
+// cannot pass the end of the string, the string is never grown past limit + slack (not
+// even by the doubling a plain resize would do), and the careful path checks the limit
+// before each symbol. A run of matches that would expand a few kilobytes into gigabytes
+// thus stops at the limit instead of at the end of the machine's memory.
 //
 // Format notes: the "bytes occupied" count must be exact, because the next pack entry
 // starts right after it; a partly used last byte counts as whole. Zeros fed past the end
@@ -20,6 +26,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <new>
 
 namespace corvandell::git {
 namespace {
@@ -41,41 +48,6 @@ constexpr std::size_t kOutputSlack = 3 + 258 + 16;
 constexpr std::ptrdiff_t kInputSlack = 16;
 constexpr std::uint64_t kLiteralMask = (1u << kLiteralPrimaryBits) - 1;
 constexpr std::uint64_t kDistanceMask = (1u << kDistancePrimaryBits) - 1;
-
-struct Tables {
-    std::array<std::uint32_t, kLiteralTableSize> literal;
-    std::array<std::uint32_t, kDistanceTableSize> distance;
-};
-
-InflateError build_tables(Tables& tables, const std::uint8_t* literalLengths, std::size_t literalCount,
-                          const std::uint8_t* distanceLengths, std::size_t distanceCount) {
-    const InflateError literal = build_huffman_table(
-        {literalLengths, literalCount, literal_length_entries(), kLiteralPrimaryBits, true},
-        tables.literal.data(), tables.literal.size());
-    if (literal != InflateError::None) {
-        return literal;
-    }
-    return build_huffman_table(
-        {distanceLengths, distanceCount, distance_entries(), kDistancePrimaryBits, true},
-        tables.distance.data(), tables.distance.size());
-}
-
-const Tables& fixed_tables() {
-    static const Tables tables = [] {
-        std::array<std::uint8_t, 288> literalLengths{};
-        std::fill(literalLengths.begin(), literalLengths.begin() + 144, std::uint8_t{8});
-        std::fill(literalLengths.begin() + 144, literalLengths.begin() + 256, std::uint8_t{9});
-        std::fill(literalLengths.begin() + 256, literalLengths.begin() + 280, std::uint8_t{7});
-        std::fill(literalLengths.begin() + 280, literalLengths.end(), std::uint8_t{8});
-        std::array<std::uint8_t, 32> distanceLengths{};
-        distanceLengths.fill(5);
-        Tables built;
-        build_tables(built, literalLengths.data(), literalLengths.size(), distanceLengths.data(),
-                     distanceLengths.size());
-        return built;
-    }();
-    return tables;
-}
 
 std::uint64_t load_le64(const std::uint8_t* bytes) {
     std::uint64_t word;
@@ -123,10 +95,11 @@ enum class Status { Ok, BlockEnd, Failed };
 
 class Decoder {
 public:
-    Decoder(std::string_view input, std::size_t expectedSize)
+    Decoder(std::string_view input, std::size_t expectedSize, std::size_t maxOutput)
         : begin_(reinterpret_cast<const std::uint8_t*>(input.data())), in_(begin_),
-          end_(begin_ + input.size()) {
-        const std::size_t reservation = inflate_reservation(input.size(), expectedSize) + kOutputSlack;
+          end_(begin_ + input.size()), maxOutput_(std::min(maxOutput, SIZE_MAX / 2)) {
+        const std::size_t reservation =
+            inflate_reservation(input.size(), expectedSize, maxOutput_) + kOutputSlack;
         output_.reserve(reservation);
         output_.resize(std::min(reservation, kGrowthStep + kOutputSlack));
         out_ = output_.data();
@@ -154,7 +127,8 @@ private:
         error_ = error;
         return Status::Failed;
     }
-    void ensureRoom(std::size_t count);
+    std::size_t produced() const { return static_cast<std::size_t>(out_ - output_.data()); }
+    bool ensureRoom(std::size_t count);
 
     Status storedBlock();
     Status readDynamicTables();
@@ -171,6 +145,7 @@ private:
     std::string output_;
     char* out_ = nullptr;
     char* outEnd_ = nullptr; // end of the string's current length, not of its capacity
+    const std::size_t maxOutput_;
     InflateError error_ = InflateError::None;
     Tables dynamic_;
 };
@@ -208,14 +183,28 @@ std::uint32_t Decoder::lookup(const std::uint32_t* table, std::uint64_t mask) {
     return entry;
 }
 
-void Decoder::ensureRoom(std::size_t count) {
+// False when `count` more bytes would take the string past limit + slack. Growth doubles
+// the capacity, as resize would, but by hand so that the doubling stops at that cap.
+bool Decoder::ensureRoom(std::size_t count) {
     if (static_cast<std::size_t>(outEnd_ - out_) >= count) {
-        return;
+        return true;
     }
-    const auto used = static_cast<std::size_t>(out_ - output_.data());
-    output_.resize(used + std::max(count, kGrowthStep) + kOutputSlack); // past the capacity, it doubles
+    const std::size_t used = produced();
+    const std::size_t cap = maxOutput_ + kOutputSlack;
+    if (used > maxOutput_ || count > cap - used) {
+        return false;
+    }
+    const std::size_t size = std::min(used + std::max(count, kGrowthStep) + kOutputSlack, cap);
+    if (size > output_.capacity()) {
+        std::string bigger;
+        bigger.reserve(std::min(std::max(size, 2 * output_.capacity()), cap));
+        bigger.append(output_.data(), used);
+        output_.swap(bigger);
+    }
+    output_.resize(size);
     out_ = output_.data() + used;
     outEnd_ = output_.data() + output_.size();
+    return true;
 }
 
 std::string Decoder::takeOutput() {
@@ -257,6 +246,9 @@ InflateError Decoder::run() {
     if (consumed() > static_cast<std::size_t>(end_ - begin_)) {
         return InflateError::TruncatedInput;
     }
+    if (produced() > maxOutput_) {
+        return InflateError::TooLarge; // the fast loop's last few symbols went past the limit
+    }
     return InflateError::None;
 }
 
@@ -283,7 +275,9 @@ Status Decoder::storedBlock() {
     if (end_ - in_ < static_cast<std::ptrdiff_t>(length)) {
         return fail(InflateError::TruncatedInput);
     }
-    ensureRoom(length);
+    if (produced() + length > maxOutput_ || !ensureRoom(length)) {
+        return fail(InflateError::TooLarge);
+    }
     std::memcpy(out_, in_, length);
     out_ += length;
     in_ += length;
@@ -451,7 +445,10 @@ Status Decoder::oneSymbol(const Tables& tables) {
     if (!refill()) {
         return fail(InflateError::TruncatedInput);
     }
-    ensureRoom(kOutputSlack); // also lets the fast loop resume after a growth step
+    // Also lets the fast loop resume after a growth step.
+    if (produced() > maxOutput_ || !ensureRoom(kOutputSlack)) {
+        return fail(InflateError::TooLarge);
+    }
     std::uint32_t entry = lookup(tables.literal.data(), kLiteralMask);
     if (entry & kLiteral) {
         *out_++ = static_cast<char>(entry >> kValueShift);
@@ -481,45 +478,30 @@ Status Decoder::oneSymbol(const Tables& tables) {
 
 } // namespace
 
-std::size_t inflate_reservation(std::size_t inputSize, std::size_t expectedSize) {
+std::size_t inflate_reservation(std::size_t inputSize, std::size_t expectedSize, std::size_t maxOutputBytes) {
     const std::size_t possible = inputSize > SIZE_MAX / kMaxExpansion ? SIZE_MAX : inputSize * kMaxExpansion;
-    return std::min({expectedSize, possible, kMaxTrustedReservation});
+    return std::min({expectedSize, possible, maxOutputBytes, kMaxTrustedReservation});
 }
 
-std::optional<Inflated> inflate_raw(std::string_view input, std::size_t expectedSize, InflateError* error) {
-    Decoder decoder(input, expectedSize);
-    const InflateError result = decoder.run();
+std::optional<Inflated> inflate_raw(std::string_view input, std::size_t expectedSize, InflateError* error,
+                                    std::size_t maxOutputBytes) {
+    InflateError result = InflateError::None;
+    std::optional<Inflated> inflated;
+    try {
+        Decoder decoder(input, expectedSize, maxOutputBytes);
+        result = decoder.run();
+        if (result == InflateError::None) {
+            const std::size_t consumed = decoder.consumed();
+            inflated = Inflated{decoder.takeOutput(), consumed};
+        }
+    } catch (const std::bad_alloc&) {
+        result = InflateError::OutOfMemory;
+        inflated.reset();
+    }
     if (error != nullptr) {
         *error = result;
     }
-    if (result != InflateError::None) {
-        return std::nullopt;
-    }
-    const std::size_t consumed = decoder.consumed();
-    return Inflated{decoder.takeOutput(), consumed};
-}
-
-std::optional<Inflated> inflate_zlib(std::string_view input, std::size_t expectedSize, InflateError* error) {
-    if (input.size() < 2) {
-        if (error != nullptr) {
-            *error = InflateError::TruncatedInput;
-        }
-        return std::nullopt;
-    }
-    const auto method = static_cast<std::uint8_t>(input[0]);
-    const auto flags = static_cast<std::uint8_t>(input[1]);
-    const bool hasPresetDictionary = (flags & 0x20) != 0;
-    if ((method & 0x0F) != 8 || (method * 256u + flags) % 31 != 0 || hasPresetDictionary) {
-        if (error != nullptr) {
-            *error = InflateError::BadZlibHeader;
-        }
-        return std::nullopt;
-    }
-    auto result = inflate_raw(input.substr(2), expectedSize, error);
-    if (result) {
-        result->consumed += 2 + 4; // header and Adler-32 trailer
-    }
-    return result;
+    return inflated;
 }
 
 } // namespace corvandell::git

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "webgames/git/ByteBudget.hpp"
+
 namespace corvandell::git {
 
 struct Inflated {
@@ -34,18 +36,25 @@ enum class InflateError {
     IncompleteCode,     // unused code space, beyond the single-code cases the format allows
     InvalidSymbol,
     DistanceTooFar,
+    TooLarge,    // more output than the caller allows
+    OutOfMemory, // the output could not be allocated
 };
 
 // `expectedSize` is only a hint for the output reservation; it is never trusted beyond what
-// the input could possibly expand to.
+// the input could possibly expand to. A stream that would produce more than
+// `maxOutputBytes` fails with TooLarge as soon as it gets there, having held at most a few
+// hundred bytes beyond that limit.
 std::optional<Inflated> inflate_raw(std::string_view input, std::size_t expectedSize,
-                                    InflateError* error = nullptr);
+                                    InflateError* error = nullptr,
+                                    std::size_t maxOutputBytes = kMaxObjectBytes);
 std::optional<Inflated> inflate_zlib(std::string_view input, std::size_t expectedSize,
-                                     InflateError* error = nullptr);
+                                     InflateError* error = nullptr,
+                                     std::size_t maxOutputBytes = kMaxObjectBytes);
 
 // Output bytes reserved before decoding: the hint, but no more than `inputSize` bytes of
-// DEFLATE can expand to (1032 per byte) and no more than 64 MB, beyond which the output
-// grows as it arrives. So a hostile size declaration costs next to nothing.
-std::size_t inflate_reservation(std::size_t inputSize, std::size_t expectedSize);
+// DEFLATE can expand to (1032 per byte), no more than the output limit and no more than
+// 64 MB, beyond which the output grows as it arrives. So a hostile size declaration costs
+// next to nothing.
+std::size_t inflate_reservation(std::size_t inputSize, std::size_t expectedSize, std::size_t maxOutputBytes);
 
 } // namespace corvandell::git

@@ -11,6 +11,9 @@
 #include <string_view>
 #include <vector>
 
+#include "webgames/git/ByteBudget.hpp"
+#include "webgames/git/Packfile.hpp"
+
 namespace corvandell::git {
 
 enum PackEntryType : std::int32_t {
@@ -31,7 +34,10 @@ struct PackEntry {
 };
 
 // Entries in pack order (so offsets ascend); no value when the framing or any zlib stream
-// is bad, or an inflated length differs from its header.
-std::optional<std::vector<PackEntry>> read_pack_entries(std::string_view pack);
+// is bad, an inflated length differs from its header, or a declared size does not fit the
+// budget, which is charged with every entry's declared size before it is inflated. Lets
+// std::bad_alloc through; parse_packfile reports it as TooLarge.
+std::optional<std::vector<PackEntry>> read_pack_entries(std::string_view pack, ByteBudget& budget,
+                                                        PackError* error = nullptr);
 
 } // namespace corvandell::git

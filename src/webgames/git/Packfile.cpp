@@ -7,13 +7,16 @@
 // the stack stays shallow; only reference deltas whose base comes later make it grow,
 // through the forward scan that names entries until the wanted name turns up.
 // Contents move from the inflated entry to the result without copies, and a delta's own
-// bytes are released as soon as it has been applied.
+// bytes are released as soon as it has been applied. Every inflated entry and every delta
+// result is charged to one byte budget before its memory is taken, and running out of
+// memory anyway is reported as the same refusal rather than thrown.
 #include "webgames/git/Packfile.hpp"
 
 #include "webgames/git/Delta.hpp"
 #include "webgames/git/PackEntries.hpp"
 
 #include <algorithm>
+#include <new>
 #include <numeric>
 #include <unordered_map>
 #include <vector>
@@ -50,18 +53,23 @@ std::string_view type_word(std::int32_t type) {
 
 class Resolver {
 public:
-    Resolver(std::vector<PackEntry>& entries, const ObjectNameFunction& objectName)
-        : entries_(entries), resolved_(entries.size()), objectName_(objectName) {
+    Resolver(std::vector<PackEntry>& entries, const ObjectNameFunction& objectName, ByteBudget& budget)
+        : entries_(entries), resolved_(entries.size()), objectName_(objectName), budget_(budget) {
         hasRefDeltas_ = std::any_of(entries.begin(), entries.end(),
                                     [](const PackEntry& entry) { return entry.type == kPackRefDelta; });
     }
 
     bool resolve(std::size_t index);
+    PackError failure() const { return failure_; }
     ObjectSet take_objects();
 
 private:
     enum class Step { Finished, Wait, Fail };
 
+    Step fail(PackError why) {
+        failure_ = why;
+        return Step::Fail;
+    }
     Step step(std::size_t index, std::size_t& waitFor);
     Step apply(std::size_t index, std::size_t base);
     void complete(std::size_t index, std::int32_t type, std::string content);
@@ -71,6 +79,8 @@ private:
     std::vector<PackEntry>& entries_;
     std::vector<Resolved> resolved_;
     const ObjectNameFunction& objectName_;
+    ByteBudget& budget_;
+    PackError failure_ = PackError::None;
     bool hasRefDeltas_ = false;
     std::unordered_map<std::string, std::size_t> byName_;
     std::size_t scanCursor_ = 0;
@@ -90,6 +100,7 @@ bool Resolver::resolve(std::size_t index) {
             break;
         case Step::Wait:
             if (stack.size() > kMaxDeltaDepth) {
+                failure_ = PackError::ChainTooDeep;
                 return false;
             }
             resolved_[waitFor].state = State::Pending;
@@ -125,27 +136,33 @@ Resolver::Step Resolver::step(std::size_t index, std::size_t& waitFor) {
         }
         break;
     default:
-        return Step::Fail;
+        return fail(PackError::UnknownType);
     }
     if (!base) {
-        return Step::Fail;
+        return fail(PackError::MissingBase);
     }
     switch (resolved_[*base].state) {
     case State::Done:
         return apply(index, *base);
     case State::Pending:
-        return Step::Fail; // the base waits, directly or not, on this very entry
+        return fail(PackError::DeltaCycle); // the base waits, directly or not, on this very entry
     case State::Unresolved:
         waitFor = *base;
         return Step::Wait;
     }
-    return Step::Fail;
+    return fail(PackError::UnknownType);
 }
 
 Resolver::Step Resolver::apply(std::size_t index, std::size_t base) {
-    auto result = apply_delta(resolved_[base].content, entries_[index].data);
+    DeltaError error = DeltaError::None;
+    auto result = apply_delta(resolved_[base].content, entries_[index].data, &error,
+                              static_cast<std::size_t>(budget_.allowance()));
     if (!result) {
-        return Step::Fail;
+        const bool isTooLarge = error == DeltaError::TooLarge || error == DeltaError::OutOfMemory;
+        return fail(isTooLarge ? PackError::TooLarge : PackError::BadDelta);
+    }
+    if (!budget_.take(result->size())) {
+        return fail(PackError::TooLarge); // cannot happen: the allowance was the limit
     }
     std::string().swap(entries_[index].data);
     complete(index, resolved_[base].type, std::move(*result));
@@ -210,18 +227,29 @@ ObjectSet Resolver::take_objects() {
 
 } // namespace
 
-std::optional<ObjectSet> parse_packfile(std::string_view pack, const ObjectNameFunction& objectName) {
-    auto entries = read_pack_entries(pack);
-    if (!entries) {
-        return std::nullopt;
-    }
-    Resolver resolver(*entries, objectName);
-    for (std::size_t index = 0; index < entries->size(); ++index) {
-        if (!resolver.resolve(index)) {
+std::optional<ObjectSet> parse_packfile(std::string_view pack, const ObjectNameFunction& objectName,
+                                        PackError* error, const ByteLimits& limits) {
+    PackError ignored = PackError::None;
+    PackError& reason = error != nullptr ? *error : ignored;
+    reason = PackError::None;
+    try {
+        ByteBudget budget(limits, pack.size());
+        auto entries = read_pack_entries(pack, budget, &reason);
+        if (!entries) {
             return std::nullopt;
         }
+        Resolver resolver(*entries, objectName, budget);
+        for (std::size_t index = 0; index < entries->size(); ++index) {
+            if (!resolver.resolve(index)) {
+                reason = resolver.failure();
+                return std::nullopt;
+            }
+        }
+        return resolver.take_objects();
+    } catch (const std::bad_alloc&) {
+        reason = PackError::TooLarge;
+        return std::nullopt;
     }
-    return resolver.take_objects();
 }
 
 } // namespace corvandell::git

@@ -60,9 +60,13 @@ std::string commit_on(const std::string& rootTree) {
     return "tree " + git_object_name(2, rootTree) + "\n\nfirst\n";
 }
 
-// The page, the trees and the commit.
-std::string pack_with(const std::vector<std::string>& trees, const std::string& commit) {
+// The page and any other blobs, the trees and the commit.
+std::string pack_with(const std::vector<std::string>& trees, const std::string& commit,
+                      const std::vector<std::string>& blobs = {}) {
     std::vector<std::string> entries = {test::pack_entry(3, kPage), test::pack_entry(1, commit)};
+    for (const std::string& blob : blobs) {
+        entries.push_back(test::pack_entry(3, blob));
+    }
     for (const std::string& tree : trees) {
         entries.push_back(test::pack_entry(2, tree));
     }
@@ -70,27 +74,45 @@ std::string pack_with(const std::vector<std::string>& trees, const std::string& 
 }
 
 // The exchange for a branch whose tip is `commit`, by default one on the last tree.
-Exchange serve(const std::vector<std::string>& trees, std::string commit = "") {
+Exchange serve(const std::vector<std::string>& trees, std::string commit = "",
+               const std::vector<std::string>& blobs = {}) {
     commit = commit.empty() ? commit_on(trees.back()) : commit;
-    return {advertisement(git_object_name(1, commit)), response(pack_with(trees, commit))};
+    return {advertisement(git_object_name(1, commit)), response(pack_with(trees, commit, blobs))};
 }
 
-// A root holding its page, names that only look like device names or ".git", and what must
-// not be written: names a hostile repository would use to leave the destination or open a
-// device on Windows (as files and as folders), a symbolic link, a submodule and an entry
-// cut short.
-const Names kWritten = {"#1",         ".gitignore",  "a b",         "auxiliary.js",
-                        "com10",      "com\xC2\xB4", "console.log", "git",
-                        "index.html", "lpt",         "nul1",        "\xC3\xA9t\xC3\xA9.png"};
+// A root holding its page, names that only look like device names or ".git", UTF-8 up to
+// its last code point, and what must not be written: names a hostile repository would use
+// to leave the destination or open a device on Windows, names Windows cannot create, and
+// bytes that are not UTF-8 (as files and as folders), a symbolic link, a submodule and an
+// entry cut short.
+const Names kWritten = {"#1",
+                        ".gitignore",
+                        "a b",
+                        "auxiliary.js",
+                        "com10",
+                        "com\xC2\xB4",
+                        "console.log",
+                        "git",
+                        "index.html",
+                        "lpt",
+                        "nul1",
+                        "\xC3\xA9t\xC3\xA9.png",
+                        "\xEF\xBF\xBD",
+                        "\xF0\x9F\x8E\xAE.js",
+                        "\xF4\x8F\xBF\xBF"};
 const std::string kTree = [] {
     std::string tree = tree_entry("120000", "link", kBlob) + tree_entry("160000", "module", kZeros);
     for (const std::string& name : kWritten) {
         tree += tree_entry("100644", name, kBlob);
     }
-    for (const char* unsafe : {"",           ".",           "..",          ".GIT",    "a/b",
-                               "a\\b",       "C:x",         "file:stream", "CON",     "Nul",
-                               "aux.tar.gz", "Com1.tar.gz", "com0",        "lpt9.md", "CON .txt",
-                               "CONIN$",     "conout$.log", "COM\xC2\xB9", "trail.",  "trail "}) {
+    for (const char* unsafe :
+         {"",         ".",           "..",       ".GIT",     "a/b",          "a\\b",
+          "C:x",      "file:stream", "CON",      "Nul",      "aux.tar.gz",   "Com1.tar.gz",
+          "com0",     "lpt9.md",     "CON .txt", "CONIN$",   "conout$.log",  "COM\xC2\xB9",
+          "trail.",   "trail ",      "LPT0",     "com1.js",  "CON.txt",      "a<b",
+          "a>b",      "a\"b",        "a|b",      "a?b",      "a*b",          "a\x01z",
+          "tab\t",    "\x1f",        "\xFF.txt", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+          "\xE2\x82", "\x80"}) {
         tree += tree_entry("100644", unsafe, kBlob) + tree_entry("40000", unsafe, kZeros);
     }
     return tree + tree_entry("100644", "cut", kBlob).substr(0, 20);
@@ -124,9 +146,9 @@ TEST(GitClone, SendsBothRequestsReportsProgressAndReplacesOnlyTheDestination) {
     EXPECT_EQ(test::readTestFile(temp.path() / "game" / "index.html"), kPage);
 }
 
-// Replies as servers may shape them, then each failure: those of the protocol and the pack
-// leave the old copy alone, as does a tree too large to write; objects found missing while
-// writing are reported once the old copy is gone.
+// Replies as servers may shape them, then each failure, none of which touches the old copy:
+// those of the protocol, the pack and its byte budget, and of a tree that is missing
+// objects, nested too deep or expands past the limits on files and bytes.
 TEST(GitClone, EachReplyShapeIsReadAndEachFailureHasItsText) {
     std::string upper = kTip;
     for (char& c : upper) {
@@ -142,6 +164,29 @@ TEST(GitClone, EachReplyShapeIsReadAndEachFailureHasItsText) {
             fanOut += tree_entry("40000", std::string(1, name), git_object_name(2, bomb.back()));
         }
         bomb.push_back(fanOut);
+    }
+    // Every one-byte copy opcode repeats the whole 64 KiB base: a 1 MB delta (1 KB once
+    // compressed) announces 64 GiB.
+    const std::string base(0x10000, 'b');
+    const std::string copyDelta = test::delta_varint(base.size()) +
+                                  test::delta_varint(std::uint64_t{64} << 30) + std::string(1 << 20, '\x80');
+    const std::string bomb64 = test::pack_of(
+        {test::pack_entry(3, base), test::ref_delta_entry(git_object_name(3, base), copyDelta)});
+    const std::string lyingHeader =
+        test::pack_of({test::pack_entry(3, std::uint64_t{1} << 40, test::zlib_stored("hello"))});
+    // Each level names the one below ten times: 10^5 copies of a 60,000-byte page, 6 GB,
+    // from a 70 KB pack that the byte budget allows 1 GiB and 18 MB.
+    const std::string bigPage(60000, 'p');
+    std::vector<std::string> copies = {""};
+    for (char name = '0'; name <= '9'; ++name) {
+        copies.back() += tree_entry("100644", std::string(1, name), git_object_name(3, bigPage));
+    }
+    for (int level = 0; level < 4; ++level) {
+        std::string fanOut;
+        for (char name = '0'; name <= '9'; ++name) {
+            fanOut += tree_entry("40000", std::string(1, name), git_object_name(2, copies.back()));
+        }
+        copies.push_back(fanOut);
     }
     std::vector<std::string> deep = {tree_entry("100644", "a", kBlob)}; // 10,001 folders down
     while (deep.size() <= 10001) {
@@ -164,12 +209,15 @@ TEST(GitClone, EachReplyShapeIsReadAndEachFailureHasItsText) {
         {{refs, "00g5x" + split}, "malformed git response", old},
         {{refs, "0005x-005y" + split}, "malformed git response", old},
         {{refs, response(kPack.substr(0, 40))}, "failed to decode the repository packfile", old},
+        {{refs, response(bomb64)}, "repository too large", old},
+        {{refs, response(lyingHeader)}, "repository too large", old},
         {{refs, serve({kTree}, "tree " + kTip).second}, "packfile did not contain the branch tip", old},
         {serve({kTree}, "tree 0123\n"), "could not find the root tree", old},
-        {serve({tree_entry("40000", "d", kZeros)}), "missing tree object in pack", {}},
-        {serve({deep[0] + tree_entry("100644", "b", kZeros)}), "missing blob object in pack", {"a"}},
-        {serve(deep), "tree nesting too deep", {}},
+        {serve({tree_entry("40000", "d", kZeros)}), "missing tree object in pack", old},
+        {serve({deep[0] + tree_entry("100644", "b", kZeros)}), "missing blob object in pack", old},
+        {serve(deep), "tree nesting too deep", old},
         {serve(bomb), "too many files in the repository", old},
+        {serve(copies, "", {bigPage}), "repository too large", old},
     };
     for (const auto& [exchange, error, left] : cases) {
         const test::TempFolder temp;

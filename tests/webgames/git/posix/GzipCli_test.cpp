@@ -1,6 +1,7 @@
 // gunzip on files written by the real gzip: file names in the header, every level, members
 // joined with cat, as receipts may arrive, the optional header fields gzip itself never
-// writes, and damaged or padded files, which must be refused whole.
+// writes, damaged or padded files, which must be refused whole, and a content limit that
+// holds across members.
 #include "webgames/git/Gzip.hpp"
 
 #include "support/TempFolder.hpp"
@@ -30,6 +31,9 @@ TEST(GzipCli, ReadsWhatTheRealGzipWritesAndRefusesDamagedFiles) {
     }
     EXPECT_EQ(gunzip(gzip("first member\n", "-9") + gzip("", "-1") + gzip(receipt, "-6")),
               "first member\n" + receipt);
+    const std::string twoMembers = gzip("a", "-9") + gzip(receipt, "-9");
+    EXPECT_EQ(gunzip(twoMembers, receipt.size() + 1), "a" + receipt);
+    EXPECT_EQ(gunzip(twoMembers, receipt.size()), std::nullopt);
 
     const std::string plain = gzip("hello", "-n"); // flags 0: no name
     const std::string fields = std::string("\x03\x00xyz", 5) + "level.sav" + '\0' + "receipt" + '\0';

@@ -48,7 +48,8 @@ void expect_archive(const std::string& commitish, const fs::path& checkout) {
 // program (it takes a while) so the pack holds long offset-delta chains.
 void make_repository() {
     [[maybe_unused]] static const bool made = [] {
-        const fs::path fixture = fs::path(__FILE__).parent_path().parent_path().parent_path() / "support";
+        const fs::path fixture =
+            fs::path(__FILE__).parent_path().parent_path().parent_path().parent_path() / "support";
         test::run_shell("'" + (fixture / "git-http-fixture").string() + "' make '" + folder("repo").string() +
                         "'");
         git("repack -adfq --depth=50 --window=250");
@@ -85,7 +86,8 @@ TEST(RealGit, OffsetAndReferenceDeltaPacksDecodeToWhatGitStoresAndCheckOutAsGitA
 
     const std::string refPack =
         git("pack-objects --stdout -q --window=250 --depth=50", git("rev-list --objects --all"));
-    const auto entries = read_pack_entries(refPack);
+    ByteBudget budget({}, refPack.size());
+    const auto entries = read_pack_entries(refPack, budget);
     ASSERT_TRUE(entries);
     EXPECT_TRUE(std::ranges::any_of(*entries, [](const PackEntry& e) { return e.type == 7; }));
     expect_all_objects(parse_packfile(refPack, object_name));
@@ -112,7 +114,9 @@ TEST(RealGit, ShallowCloneFromUploadPackGetsTheTipOnlyAndEqualsGitArchive) {
     shallow_clone(transport, "owner", "repo", destination, nullptr);
     expect_archive("HEAD", destination);
     // Depth one: the tip commit and what its tree holds, nothing of the older commits.
-    const auto entries = read_pack_entries(pack_from_response(transport.reply));
+    const std::string pack = pack_from_response(transport.reply);
+    ByteBudget budget({}, pack.size());
+    const auto entries = read_pack_entries(pack, budget);
     ASSERT_TRUE(entries);
     const std::string tipObjects = git("rev-list --objects --no-object-names -n 1 HEAD");
     EXPECT_EQ(entries->size(), static_cast<std::size_t>(std::ranges::count(tipObjects, '\n')));
