@@ -1,6 +1,7 @@
 #include "base/win/WinHttpReply.hpp"
 
 #include <cwchar>
+#include <limits>
 #include <vector>
 
 namespace corvandell::win {
@@ -11,24 +12,6 @@ DWORD replyStatusCode(HINTERNET request) {
     WinHttpQueryHeaders(request, WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
                         WINHTTP_HEADER_NAME_BY_INDEX, &status, &length, WINHTTP_NO_HEADER_INDEX);
     return status;
-}
-
-std::string readReplyBody(HINTERNET request) {
-    std::string body;
-    std::vector<char> chunk;
-    for (;;) {
-        DWORD available = 0;
-        if (!WinHttpQueryDataAvailable(request, &available) || available == 0) {
-            break;
-        }
-        chunk.assign(available, '\0');
-        DWORD read = 0;
-        if (!WinHttpReadData(request, chunk.data(), available, &read)) {
-            break;
-        }
-        body.append(chunk.data(), read);
-    }
-    return body;
 }
 
 namespace {
@@ -70,6 +53,11 @@ std::optional<std::string> readReplyBodyUpTo(HINTERNET request, std::size_t maxB
         body.append(chunk.data(), read);
     }
     return body;
+}
+
+// With no cap no reply is refused, so there is always a body, possibly cut short.
+std::string readReplyBody(HINTERNET request) {
+    return readReplyBodyUpTo(request, std::numeric_limits<std::size_t>::max()).value_or(std::string());
 }
 
 } // namespace corvandell::win
