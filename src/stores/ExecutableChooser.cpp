@@ -18,17 +18,16 @@ namespace {
 // ".exe" in any case after a name of at least one character, read off the native text:
 // this runs for every file of every install folder, where building extension() and its
 // UTF-8 form was a measurable share of the scan.
-bool hasExeExtension(const std::filesystem::path& file) {
-    const auto& name = file.native();
+bool hasExeExtension(NativeView name) {
     if (name.size() < 5) {
         return false;
     }
     const auto* tail = name.data() + name.size() - 4;
-    const auto before = tail[-1];
-    const bool isAfterName = before != '/' && before != static_cast<std::filesystem::path::value_type>(
-                                                            std::filesystem::path::preferred_separator);
-    return isAfterName && tail[0] == '.' && (tail[1] | 0x20) == 'e' && (tail[2] | 0x20) == 'x' &&
-           (tail[3] | 0x20) == 'e';
+    return tail[0] == '.' && (tail[1] | 0x20) == 'e' && (tail[2] | 0x20) == 'x' && (tail[3] | 0x20) == 'e';
+}
+
+bool hasExeExtension(const std::filesystem::path& file) {
+    return hasExeExtension(NativeView(file.filename().native()));
 }
 
 bool containsSkipWord(const std::string& lowerStem) {
@@ -76,17 +75,18 @@ std::filesystem::path chooseGameExecutable(const std::filesystem::path& installF
     const std::string game = normalizeGameName(gameName);
     const std::string folder = normalizeGameName(utf8Text(installFolder.filename()));
     Candidate best;
-    walkFiles(installFolder, [&](const std::filesystem::directory_entry& file, int depth) {
-        if (!hasExeExtension(file.path())) {
+    walkFiles(installFolder, [&](const WalkedFile& file) {
+        const NativeView name = file.name();
+        if (!hasExeExtension(name)) {
             return;
         }
-        const std::string stem = lowerAscii(utf8Text(file.path().stem()));
+        const std::string stem = lowerAscii(utf8Text(NativeText(name.substr(0, name.size() - 4))));
         if (containsSkipWord(stem)) {
             return;
         }
-        Candidate candidate{file.path(), scoreOf(normalizeGameName(stem), game, folder), 0, depth};
+        Candidate candidate{file.path(), scoreOf(normalizeGameName(stem), game, folder), 0, file.depth};
         std::error_code sizeError;
-        candidate.sizeBytes = file.file_size(sizeError);
+        candidate.sizeBytes = std::filesystem::file_size(candidate.path, sizeError);
         if (sizeError) {
             candidate.sizeBytes = std::numeric_limits<std::uintmax_t>::max();
         }

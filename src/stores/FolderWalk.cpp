@@ -1,12 +1,13 @@
-// The walks are driven through the error_code overloads only, so nothing here throws; the
-// link check runs on directories alone, which keeps its cost (one attribute read on
-// Windows) off the hundreds of thousands of files a Steam library holds.
+// The walk keeps one path buffer and one listing per depth, reused for every folder at that
+// depth, so a walk over a whole Steam library allocates next to nothing; the link check
+// comes with each listing (see base/FolderListing.hpp) instead of a call per entry.
 #include "stores/FolderWalk.hpp"
 
 #include "stores/StoreFiles.hpp"
 
 #include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <string_view>
 #include <type_traits>
 
@@ -14,7 +15,10 @@ namespace corvandell {
 
 namespace {
 
-template <typename Char> bool isValidUtf16(std::basic_string_view<Char> units) {
+using Char = std::filesystem::path::value_type;
+constexpr Char kSeparator = std::filesystem::path::preferred_separator;
+
+template <typename Unit> bool isValidUtf16(std::basic_string_view<Unit> units) {
     for (size_t i = 0; i < units.size(); ++i) {
         const auto unit = static_cast<std::uint32_t>(units[i]);
         if (unit >= 0xDC00 && unit <= 0xDFFF) {
@@ -33,27 +37,35 @@ template <typename Char> bool isValidUtf16(std::basic_string_view<Char> units) {
     return true;
 }
 
-// Names are UTF-16 where paths are wide (Windows) and UTF-8 bytes elsewhere.
-template <typename Char> bool isValidName(std::basic_string_view<Char> name) {
-    if constexpr (sizeof(Char) == 2) {
+// Names are UTF-16 where paths are wide (Windows) and UTF-8 bytes elsewhere. A template,
+// so only the platform's own branch is compiled.
+template <typename Unit> bool isUnicodeName(std::basic_string_view<Unit> name) {
+    const bool isAscii = std::all_of(name.begin(), name.end(), [](Unit unit) {
+        return static_cast<std::make_unsigned_t<Unit>>(unit) < 0x80;
+    });
+    if (isAscii) {
+        return true;
+    }
+    if constexpr (sizeof(Unit) == 2) {
         return isValidUtf16(name);
     } else {
         return isValidUtf8(std::string_view(name.data(), name.size()));
     }
 }
 
-// Whether the walk may go into or report the entry; notes why not when it may not.
-bool isWalkable(const std::filesystem::directory_entry& entry, bool isDirectory, const WalkSkipNote& onSkip) {
-    const char* reason = nullptr;
-    if (!hasUnicodeName(entry.path())) {
-        reason = kNameNotUnicode;
-    } else if (isDirectory && isLinkOrReparsePoint(entry)) {
-        reason = kLinkNotFollowed;
+// Why the walk must leave an entry out, or null when it may go on.
+const char* reasonToLeaveOut(NativeView name, ListedKind kind) {
+    if (!isUnicodeName(name)) {
+        return kNameNotUnicode;
     }
-    if (reason != nullptr && onSkip) {
-        onSkip(entry.path(), reason);
+    return kind == ListedKind::FolderLink ? kLinkNotFollowed : nullptr;
+}
+
+void appendName(NativeText& path, NativeView name) {
+    if (!path.empty() && path.back() != kSeparator && path.back() != Char('/')) {
+        path += kSeparator;
     }
-    return reason == nullptr;
+    path.append(name);
 }
 
 } // namespace
@@ -66,35 +78,64 @@ WalkSkipNote skipNote(ScanReport& report, std::string_view storeName) {
 }
 
 bool hasUnicodeName(const std::filesystem::path& path) {
-    using Char = std::filesystem::path::value_type;
-    const std::basic_string_view<Char> native = path.native();
-    // Only the last component is checked (everything before it was checked on the way in),
-    // and without allocating: this runs for every entry of every walk.
+    const NativeView native = path.native();
     size_t start = native.size();
-    bool isAscii = true;
-    while (start > 0 && native[start - 1] != Char('/') &&
-           native[start - 1] != static_cast<Char>(std::filesystem::path::preferred_separator)) {
-        isAscii = isAscii && static_cast<std::make_unsigned_t<Char>>(native[start - 1]) < 0x80;
+    while (start > 0 && native[start - 1] != Char('/') && native[start - 1] != kSeparator) {
         --start;
     }
-    return isAscii || isValidName(native.substr(start));
+    return isUnicodeName(native.substr(start));
 }
 
-void walkFiles(const std::filesystem::path& folder,
-               const std::function<void(const std::filesystem::directory_entry& file, int depth)>& onFile,
+void walkFiles(const std::filesystem::path& folder, const std::function<void(const WalkedFile& file)>& onFile,
                const WalkSkipNote& onSkip) {
-    std::error_code error;
-    std::filesystem::recursive_directory_iterator it(
-        folder, std::filesystem::directory_options::skip_permission_denied, error);
-    for (const std::filesystem::recursive_directory_iterator end; !error && it != end; it.increment(error)) {
-        std::error_code typeError;
-        const bool isDirectory = it->is_directory(typeError);
-        if (!isWalkable(*it, isDirectory, onSkip)) {
-            it.disable_recursion_pending();
+    // One frame per open depth: the folder's listing, the next entry to visit, and how long
+    // the path buffer was when the folder's entries began to be appended to it.
+    struct Frame {
+        FolderListing listing;
+        size_t next = 0;
+        size_t pathLength = 0;
+    };
+    std::deque<Frame> frames(1); // a deque, so a frame stays put while deeper ones are added
+    NativeText path = folder.native();
+    if (!frames[0].listing.read(path)) {
+        return;
+    }
+    frames[0].pathLength = path.size();
+    size_t depth = 0;
+    for (;;) {
+        Frame& frame = frames[depth];
+        if (frame.next == frame.listing.entries().size()) {
+            if (depth == 0) {
+                return;
+            }
+            --depth;
             continue;
         }
-        if (!isDirectory && it->is_regular_file(typeError)) {
-            onFile(*it, it.depth());
+        const ListedEntry& entry = frame.listing.entries()[frame.next++];
+        if (entry.kind == ListedKind::Other) {
+            continue;
+        }
+        const NativeView name = frame.listing.nameOf(entry);
+        path.resize(frame.pathLength);
+        appendName(path, name);
+        if (const char* reason = reasonToLeaveOut(name, entry.kind)) {
+            if (onSkip) {
+                onSkip(path, reason);
+            }
+            continue;
+        }
+        if (entry.kind == ListedKind::File) {
+            onFile(WalkedFile{path, path.size() - name.size(), static_cast<int>(depth)});
+            continue;
+        }
+        if (frames.size() == depth + 1) {
+            frames.emplace_back();
+        }
+        Frame& child = frames[depth + 1];
+        if (child.listing.read(path)) {
+            child.next = 0;
+            child.pathLength = path.size();
+            ++depth;
         }
     }
 }
@@ -102,14 +143,23 @@ void walkFiles(const std::filesystem::path& folder,
 std::vector<std::filesystem::path> listSubfolders(const std::filesystem::path& folder,
                                                   const WalkSkipNote& onSkip) {
     std::vector<std::filesystem::path> subfolders;
-    std::error_code error;
-    std::filesystem::directory_iterator it(folder, std::filesystem::directory_options::skip_permission_denied,
-                                           error);
-    for (const std::filesystem::directory_iterator end; !error && it != end; it.increment(error)) {
-        std::error_code typeError;
-        if (it->is_directory(typeError) && isWalkable(*it, true, onSkip)) {
-            subfolders.push_back(it->path());
+    FolderListing listing;
+    if (!listing.read(folder.native())) {
+        return subfolders;
+    }
+    for (const auto& entry : listing.entries()) {
+        if (entry.kind != ListedKind::Folder && entry.kind != ListedKind::FolderLink) {
+            continue;
         }
+        const NativeView name = listing.nameOf(entry);
+        auto subfolder = folder / std::filesystem::path(NativeText(name));
+        if (const char* reason = reasonToLeaveOut(name, entry.kind)) {
+            if (onSkip) {
+                onSkip(subfolder, reason);
+            }
+            continue;
+        }
+        subfolders.push_back(std::move(subfolder));
     }
     std::sort(subfolders.begin(), subfolders.end());
     return subfolders;

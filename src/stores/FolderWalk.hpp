@@ -10,6 +10,7 @@
 #pragma once
 
 #include "base/FileLinks.hpp"
+#include "base/FolderListing.hpp"
 
 #include "stores/DetectedGame.hpp"
 
@@ -33,12 +34,21 @@ using WalkSkipNote = std::function<void(const std::filesystem::path& entry, cons
 // Notes each entry a walk leaves out as skipped by the store.
 WalkSkipNote skipNote(ScanReport& report, std::string_view storeName);
 
-// Every regular file below the folder, with its depth (0 for the folder's own files).
-// Links and badly named entries are left out (noted through onSkip when given), unreadable
-// subfolders passed over, and the walk ends at the first other error with what it found.
-// Never throws.
-void walkFiles(const std::filesystem::path& folder,
-               const std::function<void(const std::filesystem::directory_entry& file, int depth)>& onFile,
+// A file met by walkFiles, valid during the call only: its full path in the platform's
+// native text (no std::filesystem::path is built per file; make one where it is needed).
+struct WalkedFile {
+    const NativeText& nativePath;
+    std::size_t nameStart; // where the file's name begins in nativePath
+    int depth;             // 0 for the walked folder's own files
+
+    NativeView name() const { return NativeView(nativePath).substr(nameStart); }
+    std::filesystem::path path() const { return nativePath; }
+};
+
+// Every regular file below the folder, depth first in the order the platform lists them.
+// Folder links and badly named entries are left out (noted through onSkip when given) and
+// folders that cannot be read passed over. Never throws.
+void walkFiles(const std::filesystem::path& folder, const std::function<void(const WalkedFile& file)>& onFile,
                const WalkSkipNote& onSkip = {});
 
 // The direct subfolders, sorted so scans report games in the same order every time; empty

@@ -128,8 +128,7 @@ void scanSettingsFile(const std::filesystem::path& file, const std::filesystem::
 std::vector<std::filesystem::path> filesUnder(const std::filesystem::path& folder, ScanReport& report) {
     std::vector<std::filesystem::path> files;
     walkFiles(
-        folder, [&](const std::filesystem::directory_entry& file, int) { files.push_back(file.path()); },
-        skipNote(report, kStoreName));
+        folder, [&](const WalkedFile& file) { files.push_back(file.path()); }, skipNote(report, kStoreName));
     std::sort(files.begin(), files.end());
     return files;
 }

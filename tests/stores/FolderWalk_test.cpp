@@ -37,7 +37,7 @@ TEST(FolderWalk, NeverFollowsLinksUpTheTreeOrToTheRootAndSaysSo) {
 
     std::vector<std::string> skipped;
     walkFiles(
-        game, [](const std::filesystem::directory_entry&, int) {},
+        game, [](const WalkedFile&) {},
         [&](const std::filesystem::path& entry, const std::string& reason) {
             skipped.push_back(utf8Text(entry.filename()) + ": " + reason);
         });
