@@ -1,6 +1,7 @@
 // Pictures of the sign-in window in each of its states, for a person to look at. Run by
 // hand; without CORVANDELL_SCREENSHOTS (a Linux folder) the test skips:
-//   CORVANDELL_SCREENSHOTS=$PWD/build/screenshots scripts/wine-session ctest --preset windows -R SignInScreenshots
+//   CORVANDELL_SCREENSHOTS=$PWD/build/screenshots scripts/wine-session ctest --preset windows -R
+//   SignInScreenshots
 #include <windows.h>
 
 #include "app/SettingsFile.hpp"
@@ -21,9 +22,23 @@
 namespace corvandell::win {
 namespace {
 
+// Paints the window now and lets Wine hand the pixels to X, without dispatching anything
+// posted, so a result on its way cannot change the state being pictured.
+void paintToScreen(HWND window) {
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    for (int i = 0; i < 10; ++i) {
+        MSG message{};
+        PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+        Sleep(30);
+    }
+}
+
 // The window as it is on screen, through X, as a person would see it.
 bool saveScreenshot(HWND window, const std::string& folder, const std::string& name) {
-    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    if (!IsWindow(window)) {
+        return false;
+    }
+    paintToScreen(window);
     RECT rect{};
     GetWindowRect(window, &rect);
     const std::string geometry = std::to_string(rect.right - rect.left) + "x" +
@@ -57,7 +72,6 @@ TEST(SignInScreenshots, EachStateOfTheWindow) {
         hooks.openBrowser = [](const std::wstring&) {};
         auto window = std::make_unique<SignInWindow>(GetModuleHandleW(nullptr), data.path(), settings, hooks);
         EXPECT_TRUE(window->create(SW_SHOWNORMAL));
-        test::pumpUntil([] { return false; }, 300); // first paint
         return window;
     };
 
@@ -65,7 +79,6 @@ TEST(SignInScreenshots, EachStateOfTheWindow) {
         auto window = open();
         EXPECT_TRUE(saveScreenshot(window->hwnd(), folder, "signin-1-start"));
         SendMessageW(window->control(signin::Google), BM_CLICK, 0, 0);
-        test::pumpUntil([] { return false; }, 300);
         EXPECT_TRUE(saveScreenshot(window->hwnd(), folder, "signin-2-browser"));
         SendMessageW(window->control(signin::DeviceKey), BM_CLICK, 0, 0);
         EXPECT_TRUE(saveScreenshot(window->hwnd(), folder, "signin-3-key-checking"));
@@ -87,10 +100,16 @@ TEST(SignInScreenshots, EachStateOfTheWindow) {
         SendMessageW(window->control(signin::UseUrl), BM_CLICK, 0, 0);
         EXPECT_TRUE(saveScreenshot(window->hwnd(), folder, "signin-7-signed-in"));
     }
-    const Settings session = signedInSettings("shots");
-    settings.refreshToken = session.refreshToken;
+    {
+        const Settings session = signedInSettings("shots");
+        settings.refreshToken = session.refreshToken;
+        auto window = open();
+        EXPECT_TRUE(saveScreenshot(window->hwnd(), folder, "signin-8-restoring"));
+    }
+    settings.refreshToken = "cvr_long_gone";
     auto window = open();
-    EXPECT_TRUE(saveScreenshot(window->hwnd(), folder, "signin-8-restoring"));
+    ASSERT_TRUE(waitForStatus(*window, L"Could not restore your session"));
+    EXPECT_TRUE(saveScreenshot(window->hwnd(), folder, "signin-9-restore-failed"));
 }
 
 } // namespace
