@@ -332,6 +332,19 @@ TEST_F(SignInWindowTest, ResultsArrivingAfterSignInAreIgnored) {
     EXPECT_EQ(settings_.username, session.username);
 }
 
+TEST_F(SignInWindowTest, AKeyThatCannotBeSavedLeavesTheOtherWaysOpen) {
+    // A file where the data folder should be: the key can be made but never kept.
+    folder_.writeFile("Corvandell", "not a folder");
+    auto window = open();
+    click(*window, signin::DeviceKey);
+    EXPECT_EQ(text(*window, signin::Status), L"Could not create this device's key.");
+    EXPECT_FALSE(isShown(*window, signin::EmailEdit));
+    EXPECT_EQ(test::readTestFile(dataFolder()), "not a folder");
+    click(*window, signin::Google);
+    EXPECT_TRUE(window->isListening());
+    EXPECT_EQ(text(*window, signin::Status), L"Waiting for the browser sign-in to finish...");
+}
+
 TEST_F(SignInWindowTest, SkippingAndClosingEndTheWindowWithTheirOwnResults) {
     {
         auto window = open();
