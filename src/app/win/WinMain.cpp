@@ -1,5 +1,6 @@
 // Process entry: resolve the data folder, make sure no other client runs on it, load
-// settings and skins, then run the library window until the user chooses Exit.
+// settings and skins, sign in if there is no usable session, then run the library window
+// until the user chooses Exit.
 
 #include <windows.h>
 
@@ -8,6 +9,7 @@
 #include "app/Skins.hpp"
 #include "app/win/MainWindow.hpp"
 #include "app/win/SingleInstance.hpp"
+#include "app/win/StartupSignIn.hpp"
 #include "base/win/WideText.hpp"
 #include "base/win/WindowsEnvironment.hpp"
 
@@ -37,6 +39,9 @@ int runClient(HINSTANCE instance, int showCommand) {
     corvandell::GuardedFile settingsFile = corvandell::settingsFileIn(paths.dataFolder);
     corvandell::Settings settings = corvandell::loadSettings(settingsFile, paths.defaultLibraryFolder);
     applyChosenSkin(paths, settings);
+    if (!corvandell::win::passSignIn(instance, showCommand, paths, settings, settingsFile)) {
+        return 0;
+    }
 
     auto window = std::make_unique<corvandell::win::MainWindow>(instance, paths, std::move(settings),
                                                                 std::move(settingsFile));

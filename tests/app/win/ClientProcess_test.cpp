@@ -18,8 +18,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A stored session without a refresh token goes straight to the library window.
+constexpr const char* kSignedIn = "{\"bearerToken\":\"cva_of_the_user\"}";
+
 class ClientProcessTest : public ::testing::Test {
 protected:
+    void SetUp() override { writeSettings(kSignedIn); }
     // A user name with non-ASCII letters must not lose the data folder.
     fs::path appData() const { return folder_.path() / L"J\u00f6rg" / L"Roaming"; }
     fs::path localAppData() const { return folder_.path() / L"J\u00f6rg" / L"Local"; }
@@ -29,7 +33,9 @@ protected:
         folder_.writeFile((dataFolder() / "settings.json").lexically_relative(folder_.path()), bytes);
     }
     std::string expectedSettings() const {
-        return formatSettings(defaultSettings(localAppData() / "Corvandell" / "Games"));
+        Settings settings = defaultSettings(localAppData() / "Corvandell" / "Games");
+        settings.bearerToken = "cva_of_the_user";
+        return formatSettings(settings);
     }
 
     test::TempFolder folder_;
@@ -65,7 +71,6 @@ std::string classOf(HWND window) {
 }
 
 TEST_F(ClientProcessTest, StartsRewritesSettingsAndExitsCleanlyFromTheTrayMenu) {
-    writeSettings("{}");
     test::ClientUnderTest client(appData(), localAppData(), folder_.path());
     ASSERT_TRUE(client.isStarted()) << "error " << GetLastError();
     HWND window = client.waitForWindow(30000);
@@ -84,6 +89,7 @@ TEST_F(ClientProcessTest, ASecondStartBringsForwardOnlyTheClientOfItsOwnFolderAn
     ASSERT_NE(window, nullptr) << "the client's main window never appeared";
     // Another user's client runs beside it on a folder of its own.
     const fs::path otherUser = folder_.path() / "Other";
+    folder_.writeFile(fs::path("Other") / "Roaming" / "Corvandell" / "settings.json", kSignedIn);
     test::ClientUnderTest other(otherUser / "Roaming", otherUser / "Local", folder_.path());
     HWND otherWindow = other.waitForWindow(30000);
     ASSERT_NE(otherWindow, nullptr) << "a client on another data folder was turned away";

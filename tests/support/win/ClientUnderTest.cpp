@@ -90,15 +90,23 @@ ClientUnderTest::~ClientUnderTest() {
 }
 
 HWND ClientUnderTest::waitForWindow(DWORD timeoutMs) const {
+    return waitForShown(L"CorvandellClientWindow", L"Corvandell", timeoutMs);
+}
+
+HWND ClientUnderTest::waitForSignInWindow(DWORD timeoutMs) const {
+    return waitForShown(L"CorvandellSignIn", L"Sign in - Corvandell", timeoutMs);
+}
+
+HWND ClientUnderTest::waitForShown(const wchar_t* className, const wchar_t* title, DWORD timeoutMs) const {
     if (!process_) {
         return nullptr;
     }
-    // Another test process may show a main window of its own, so match the process too.
+    // Another test process may show a window of the same class, so match the process too.
     const ULONGLONG deadline = GetTickCount64() + timeoutMs;
     while (GetTickCount64() < deadline && WaitForSingleObject(process_.get(), 50) == WAIT_TIMEOUT) {
         // Found before it is shown, the window is still being set up: hiding it then
         // would be undone by the client's own ShowWindow a moment later.
-        if (HWND window = findWindowOf(processId_, L"CorvandellClientWindow", L"Corvandell");
+        if (HWND window = findWindowOf(processId_, className, title);
             window != nullptr && IsWindowVisible(window)) {
             return window;
         }

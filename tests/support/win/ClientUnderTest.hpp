@@ -29,12 +29,16 @@ public:
     // This client's main window once it is shown; nullptr if it never came or the client
     // ended.
     HWND waitForWindow(DWORD timeoutMs) const;
+    // Its sign-in window once it is shown; nullptr if it never came or the client ended.
+    HWND waitForSignInWindow(DWORD timeoutMs) const;
     // A message box this client shows (dialog class "#32770"); nullptr if none came.
     HWND waitForMessageBox(DWORD timeoutMs) const;
     // The exit code, or nothing when the client is still running after `timeoutMs`.
     std::optional<DWORD> waitForExit(DWORD timeoutMs) const;
 
 private:
+    HWND waitForShown(const wchar_t* className, const wchar_t* title, DWORD timeoutMs) const;
+
     win::UniqueKernelHandle process_;
     DWORD processId_ = 0;
 };

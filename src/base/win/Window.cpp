@@ -1,6 +1,6 @@
 #include <windows.h>
 
-#include "app/win/Window.hpp"
+#include "base/win/Window.hpp"
 
 namespace corvandell::win {
 
