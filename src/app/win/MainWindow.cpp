@@ -4,6 +4,7 @@
 
 #include <commctrl.h>
 
+#include "app/LibraryMerge.hpp"
 #include "app/win/MainWindow.hpp"
 #include "app/win/SingleInstance.hpp"
 #include "app/win/StarIcon.hpp"
@@ -373,13 +374,13 @@ void MainWindow::onChildClosed(ChildKind kind, HWND window) noexcept {
 }
 
 void MainWindow::onLibraryResult(std::unique_ptr<LibraryResult> result) {
-    if (!result->succeeded) {
-        setStatus(widen(result->errorText));
-        return;
+    LibraryApply apply =
+        applyLibraryResult(!rows_.empty(), *result, installedGames_, !settings_.bearerToken.empty());
+    if (apply.replacesRows) {
+        rows_ = std::move(apply.rows);
+        refillList();
     }
-    rows_ = std::move(result->rows);
-    refillList();
-    setStatus(L"Library refreshed.");
+    setStatus(widen(apply.statusText));
 }
 
 void MainWindow::setStatus(const std::wstring& text) {

@@ -109,7 +109,7 @@ LRESULT MainWindow::onNotify(const NMHDR& header) {
 
 void MainWindow::showRowMenu() {
     const int row = selectedRow();
-    if (row < 0 || !rows_[static_cast<size_t>(row)].isBrowserGame) {
+    if (row < 0 || !rows_[static_cast<size_t>(row)].isBrowserGame()) {
         return;
     }
     UniqueMenu menu(CreatePopupMenu());

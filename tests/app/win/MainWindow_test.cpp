@@ -52,7 +52,7 @@ protected:
 
     test::TempFolder folder_;
     std::vector<std::string> queries_;
-    LibraryResult answer_{true, {}, {}};
+    LibraryResult answer_{.succeeded = true};
     std::function<LibraryResult()> nextProducer_; // used once instead of answer_
     std::unique_ptr<MainWindow> window_;
 };
@@ -103,9 +103,9 @@ TEST_F(MainWindowTest, ControlsSitWhereTheLayoutPutsThemAtAKnownClientSize) {
 }
 
 TEST_F(MainWindowTest, RefreshResultsFillTheListAndAFailureOnlySetsTheStatus) {
-    LibraryItem row;
-    row.name = "Sky Forge";
-    answer_.rows = {row, row};
+    SoftwareItem title;
+    title.name = "Sky Forge";
+    answer_.catalogue = {title, title};
     refreshAndWait(L"Library refreshed.");
     HWND list = window_->control(command::List);
     ASSERT_EQ(ListView_GetItemCount(list), 2);
@@ -115,7 +115,7 @@ TEST_F(MainWindowTest, RefreshResultsFillTheListAndAFailureOnlySetsTheStatus) {
     ListView_GetItemRect(list, 1, &second, LVIR_BOUNDS);
     EXPECT_EQ(second.top - first.top, 24);
 
-    answer_ = {false, {}, "Refresh failed: HTTP request failed"};
+    answer_ = {.succeeded = false, .errorText = "Refresh failed: HTTP request failed"};
     refreshAndWait(L"Refresh failed: HTTP request failed");
     EXPECT_EQ(ListView_GetItemCount(list), 2);
 
@@ -134,7 +134,7 @@ TEST_F(MainWindowTest, DestroyingTheWindowWaitsForTheJobStillRunning) {
         trace->threadId = GetCurrentThreadId();
         Sleep(500);
         trace->isFinished = true;
-        return LibraryResult{true, {}, {}};
+        return LibraryResult{.succeeded = true};
     };
     SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
     ASSERT_TRUE(test::pumpUntil([&] { return trace->threadId != 0; }, 5000));
