@@ -81,9 +81,9 @@ struct LibraryResult {
     std::map<std::string, std::string> latestVersions{}; // title id to its latest build's version
     // Browser games already cloned on this machine: game id to the clone folder.
     std::map<std::string, std::string> cloneFolders{};
-    std::string query{};            // the search text the refresh ran with
+    std::string query{};          // the search text the refresh ran with
     unsigned long generation = 0; // which refresh this answers; see RefreshSequence
-    std::string errorText{};        // the status line when the refresh failed
+    std::string errorText{};      // the status line when the refresh failed
 };
 
 // The playtime panel's answer for one row.

@@ -186,3 +186,20 @@ std::string iconCacheFileName(std::string_view rowKey) {
 }
 
 } // namespace corvandell
+
+namespace corvandell {
+
+std::vector<std::string> localIconCandidates(std::string_view html, std::string_view launchPath) {
+    // The clone stands in for a site: resolve as on one, then take the path back off.
+    constexpr std::string_view kOrigin = "https://clone.invalid";
+    const std::string page = std::string(kOrigin) + "/" + std::string(launchPath);
+    std::vector<std::string> candidates;
+    for (const std::string& address : iconCandidates(html, page)) {
+        if (address.starts_with(kOrigin) && address.size() > kOrigin.size() + 1) {
+            candidates.push_back(address.substr(kOrigin.size() + 1));
+        }
+    }
+    return candidates;
+}
+
+} // namespace corvandell

@@ -29,3 +29,12 @@ bool isSvgReference(std::string_view reference);
 std::string iconCacheFileName(std::string_view rowKey);
 
 } // namespace corvandell
+
+namespace corvandell {
+
+// For a game cloned to this machine: the icon files its launch page names, relative to the
+// clone (with "/" between folders), then favicon.ico beside the page and at the clone's
+// root. Links that leave the clone or point to the web are left out.
+std::vector<std::string> localIconCandidates(std::string_view html, std::string_view launchPath);
+
+} // namespace corvandell

@@ -53,3 +53,18 @@ TEST(SiteIconLinks, RecognisesSvgAndMakesSafeCacheNames) {
 
 } // namespace
 } // namespace corvandell
+
+namespace corvandell {
+namespace {
+
+TEST(SiteIconLinks, AClonedGamesIconsStayInsideTheClone) {
+    EXPECT_EQ(localIconCandidates(
+                  R"(<link rel="icon" href="img/i.png"><link rel="icon" href="/top.ico">)"
+                  R"(<link rel="icon" href="https://cdn.example/x.png"><link rel="icon" href="../x.ico">)",
+                  "game/play.html"),
+              (std::vector<std::string>{"game/img/i.png", "top.ico", "game/favicon.ico", "favicon.ico"}));
+    EXPECT_EQ(localIconCandidates("", "index.html"), (std::vector<std::string>{"favicon.ico"}));
+}
+
+} // namespace
+} // namespace corvandell
