@@ -9,6 +9,7 @@
 #include "api/ServiceRecords.hpp"
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,16 +55,18 @@ struct LibraryItem {
     std::string platform;
     std::string releaseStatus;
     std::vector<std::string> tags;
-    std::optional<Entitlement> entitlement; // present: owned
-    std::optional<InstallRecord> install;   // present: installed
+    // The rarely present blocks are shared, not held: a row stays small, which keeps a
+    // library of tens of thousands of rows compact, and copying a row stays cheap.
+    std::shared_ptr<const Entitlement> entitlement; // present: owned
+    std::optional<InstallRecord> install;           // present: installed
     std::string latestVersion;
     std::string steamAppId; // non-empty: a Steam row
-    std::optional<BrowserGameInfo> browserGame;
-    std::optional<StoreInfo> store;
+    std::shared_ptr<const BrowserGameInfo> browserGame;
+    std::shared_ptr<const StoreInfo> store;
 
     bool isInstalled() const noexcept { return install.has_value(); }
-    bool isBrowserGame() const noexcept { return browserGame.has_value(); }
-    bool isStoreRow() const noexcept { return store.has_value(); }
+    bool isBrowserGame() const noexcept { return browserGame != nullptr; }
+    bool isStoreRow() const noexcept { return store != nullptr; }
     bool isSteamRow() const noexcept { return !steamAppId.empty(); }
     const std::string& installedVersion() const noexcept {
         static const std::string none;

@@ -18,54 +18,73 @@ bool isStoreCandidate(const LibraryItem& row) {
     return !row.isStoreRow() && !row.isSteamRow() && !row.isBrowserGame();
 }
 
-// The rows that may take a found game, by normalised name, each list in row order. A
-// row stops being a candidate only by taking a game, and then only the front of its list
-// changes, so skipping from the front keeps every lookup amortised constant.
+// The rows and their normalised names, side by side through both merges, so each name is
+// normalised once.
+struct NamedRows {
+    std::vector<LibraryItem>& rows;
+    std::vector<std::string> names;
+
+    NamedRows(std::vector<LibraryItem>& allRows, size_t capacity) : rows(allRows) {
+        // The index below keeps views of the names: they must never move.
+        names.reserve(capacity);
+        rows.reserve(capacity);
+        for (const LibraryItem& row : rows) {
+            names.push_back(normalizeGameName(row.name));
+        }
+    }
+};
+
+// The rows that may take a found game, by normalised name: one chain of row numbers per
+// name, in row order. A row stops being a candidate only by taking a game, which moves
+// its chain's head on, so every lookup is amortised constant and the merge linear.
 class CandidateIndex {
 public:
-    CandidateIndex(const std::vector<LibraryItem>& rows, bool (*isCandidate)(const LibraryItem&))
-        : isCandidate_(isCandidate) {
-        byName_.reserve(rows.size());
-        for (size_t i = 0; i < rows.size(); ++i) {
-            if (isCandidate_(rows[i])) {
-                byName_[normalizeGameName(rows[i].name)].rows.push_back(i);
+    CandidateIndex(const NamedRows& named, bool (*isCandidate)(const LibraryItem&))
+        : isCandidate_(isCandidate), next_(named.rows.size(), kNone) {
+        heads_.reserve(named.rows.size());
+        for (size_t i = named.rows.size(); i-- > 0;) { // backwards, so each chain runs forwards
+            if (!isCandidate_(named.rows[i])) {
+                continue;
+            }
+            const auto [head, isNew] = heads_.try_emplace(named.names[i], i);
+            if (!isNew) {
+                next_[i] = head->second;
+                head->second = i;
             }
         }
     }
 
     // The first row still a candidate under this name; nullptr when there is none.
-    LibraryItem* first(std::vector<LibraryItem>& rows, const std::string& normalisedName) {
-        const auto found = byName_.find(normalisedName);
-        if (found == byName_.end()) {
+    LibraryItem* first(std::vector<LibraryItem>& rows, std::string_view normalisedName) {
+        const auto found = heads_.find(normalisedName);
+        if (found == heads_.end()) {
             return nullptr;
         }
-        Candidates& candidates = found->second;
-        while (candidates.next < candidates.rows.size() &&
-               !isCandidate_(rows[candidates.rows[candidates.next]])) {
-            ++candidates.next;
+        size_t& head = found->second;
+        while (head != kNone && !isCandidate_(rows[head])) {
+            head = next_[head];
         }
-        return candidates.next < candidates.rows.size() ? &rows[candidates.rows[candidates.next]] : nullptr;
+        return head == kNone ? nullptr : &rows[head];
     }
 
 private:
-    struct Candidates {
-        std::vector<size_t> rows;
-        size_t next = 0;
-    };
+    static constexpr size_t kNone = static_cast<size_t>(-1);
     bool (*isCandidate_)(const LibraryItem&);
-    std::unordered_map<std::string, Candidates> byName_;
+    std::unordered_map<std::string_view, size_t> heads_;
+    std::vector<size_t> next_;
 };
 
 template <class Join>
-void mergeFoundRows(std::vector<LibraryItem>& rows, const std::vector<LibraryItem>& found,
-                    std::string_view query, bool (*isCandidate)(const LibraryItem&), Join join) {
-    CandidateIndex index(rows, isCandidate);
-    rows.reserve(rows.size() + found.size());
+void mergeFoundRows(NamedRows& named, const std::vector<LibraryItem>& found, std::string_view query,
+                    bool (*isCandidate)(const LibraryItem&), Join join) {
+    CandidateIndex index(named, isCandidate);
     for (const LibraryItem& game : found) {
-        LibraryItem* partner = index.first(rows, normalizeGameName(game.name));
+        std::string name = normalizeGameName(game.name);
+        LibraryItem* partner = index.first(named.rows, name);
         if (partner == nullptr) {
             if (matchesSearch(game.name, query)) {
-                rows.push_back(game); // may reallocate: `partner` is not used past this point
+                named.rows.push_back(game); // within the reserved room: `partner`s elsewhere stay valid
+                named.names.push_back(std::move(name));
             }
             continue;
         }
@@ -73,6 +92,16 @@ void mergeFoundRows(std::vector<LibraryItem>& rows, const std::vector<LibraryIte
             join(*partner, game);
         }
     }
+}
+
+void joinSteamGame(LibraryItem& partner, const LibraryItem& game) {
+    partner.install = game.install;
+    partner.steamAppId = game.steamAppId;
+}
+
+void joinStoreGame(LibraryItem& partner, const LibraryItem& game) {
+    partner.install = game.install;
+    partner.store = game.store;
 }
 
 } // namespace
@@ -106,7 +135,8 @@ LibraryItem rowFromDetectedGame(const DetectedGame& game) {
         return row;
     }
     row.category = game.storeName;
-    row.store = StoreInfo{game.storeKey, game.storeName, game.externalId, game.launchAddress};
+    row.store = std::make_shared<const StoreInfo>(
+        StoreInfo{game.storeKey, game.storeName, game.externalId, game.launchAddress});
     return row;
 }
 
@@ -125,9 +155,9 @@ LibraryItem rowFromBrowserGame(const RepositoryGame& game, const std::string& cl
     } else {
         row.description += "\r\nLaunches " + game.launchPath + " in a fullscreen browser.";
     }
-    row.browserGame =
-        BrowserGameInfo{game.id,         game.repoUrl,         game.ownerLogin,         game.repoName,
-                        game.launchPath, game.isVerifiedOwner, game.submittedByUsername};
+    row.browserGame = std::make_shared<const BrowserGameInfo>(
+        BrowserGameInfo{game.id, game.repoUrl, game.ownerLogin, game.repoName, game.launchPath,
+                        game.isVerifiedOwner, game.submittedByUsername});
     if (!cloneFolder.empty()) {
         row.install = InstallRecord{cloneFolder, {}, {}};
     }
@@ -172,31 +202,28 @@ bool matchesSearch(std::string_view name, std::string_view query) {
 
 void mergeSteamRows(std::vector<LibraryItem>& rows, const std::vector<LibraryItem>& steamRows,
                     std::string_view query) {
-    mergeFoundRows(rows, steamRows, query, &isSteamCandidate,
-                   [](LibraryItem& partner, const LibraryItem& game) {
-                       partner.install = game.install;
-                       partner.steamAppId = game.steamAppId;
-                   });
+    NamedRows named(rows, rows.size() + steamRows.size());
+    mergeFoundRows(named, steamRows, query, &isSteamCandidate, &joinSteamGame);
 }
 
 void mergeStoreRows(std::vector<LibraryItem>& rows, const std::vector<LibraryItem>& storeRows,
                     std::string_view query) {
-    mergeFoundRows(rows, storeRows, query, &isStoreCandidate,
-                   [](LibraryItem& partner, const LibraryItem& game) {
-                       partner.install = game.install;
-                       partner.store = game.store;
-                   });
+    NamedRows named(rows, rows.size() + storeRows.size());
+    mergeFoundRows(named, storeRows, query, &isStoreCandidate, &joinStoreGame);
 }
 
 std::vector<LibraryItem> buildLibraryRows(const LibraryResult& result,
                                           const std::vector<LibraryRecord>& installedGames) {
-    std::unordered_map<std::string, const Entitlement*> entitlements;
+    std::unordered_map<std::string, std::shared_ptr<const Entitlement>> entitlements;
+    entitlements.reserve(result.entitlements.size());
     for (const Entitlement& entitlement : result.entitlements) {
-        if (!entitlement.isRevoked) {
-            entitlements.try_emplace(entitlement.softwareTitleId, &entitlement);
+        if (!entitlement.isRevoked && !entitlements.contains(entitlement.softwareTitleId)) {
+            entitlements.emplace(entitlement.softwareTitleId,
+                                 std::make_shared<const Entitlement>(entitlement));
         }
     }
     std::unordered_map<std::string, const LibraryRecord*> installs;
+    installs.reserve(installedGames.size());
     for (const LibraryRecord& record : installedGames) {
         installs.try_emplace(record.titleId, &record);
     }
@@ -207,7 +234,7 @@ std::vector<LibraryItem> buildLibraryRows(const LibraryResult& result,
     for (const SoftwareItem& item : result.catalogue) {
         LibraryItem row = rowFromCatalogue(item);
         if (const auto owned = entitlements.find(item.id); owned != entitlements.end()) {
-            row.entitlement = *owned->second;
+            row.entitlement = owned->second;
         }
         if (const auto installed = installs.find(item.id); installed != installs.end()) {
             row.install =
@@ -218,8 +245,9 @@ std::vector<LibraryItem> buildLibraryRows(const LibraryResult& result,
         }
         rows.push_back(std::move(row));
     }
-    mergeSteamRows(rows, result.steamRows, result.query);
-    mergeStoreRows(rows, result.storeRows, result.query);
+    NamedRows named(rows, rows.capacity());
+    mergeFoundRows(named, result.steamRows, result.query, &isSteamCandidate, &joinSteamGame);
+    mergeFoundRows(named, result.storeRows, result.query, &isStoreCandidate, &joinStoreGame);
     for (const RepositoryGame& game : result.browserGames) {
         if (!matchesSearch(game.displayName, result.query)) {
             continue;

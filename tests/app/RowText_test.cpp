@@ -20,7 +20,7 @@ LibraryItem catalogueRow(bool owned, bool installed, std::string installedVersio
     row.platform = "windows";
     row.tags = {"fantasy", "co-op"};
     if (owned) {
-        row.entitlement = Entitlement{"e1", "u1", "t1", false};
+        row.entitlement = std::make_shared<const Entitlement>(Entitlement{"e1", "u1", "t1", false});
     }
     if (installed) {
         row.install = InstallRecord{"C:\\Games\\Ember Keep", "C:\\Games\\Ember Keep\\ember.exe",
@@ -50,7 +50,8 @@ LibraryItem storeRow(bool installed, bool hasExecutable) {
     row.name = "Moss";
     row.category = "Epic Games";
     row.platform = "windows";
-    row.store = StoreInfo{"epic", "Epic Games", "Moss", "com.epicgames.launcher://apps/Moss?action=launch"};
+    row.store = std::make_shared<const StoreInfo>(
+        StoreInfo{"epic", "Epic Games", "Moss", "com.epicgames.launcher://apps/Moss?action=launch"});
     if (installed) {
         row.install = InstallRecord{"D:\\Epic\\Moss", hasExecutable ? "D:\\Epic\\Moss\\moss.exe" : "", ""};
     }

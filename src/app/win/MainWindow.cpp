@@ -137,7 +137,11 @@ void MainWindow::refresh() {
 }
 
 void MainWindow::loadRowIcons() {
+    // Each row is looked at once: a site that gave no icon is not asked again on every
+    // keystroke in the search box.
     std::vector<IconRequest> requests = iconRequestsFor(rows_, rowIcons_);
+    std::erase_if(requests,
+                  [this](const IconRequest& request) { return !iconsAsked_.insert(request.key).second; });
     if (requests.empty()) {
         return;
     }

@@ -27,6 +27,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -127,6 +128,7 @@ private:
     std::shared_ptr<IApiClient> api_;
     std::vector<LibraryItem> rows_;
     std::map<std::string, UniqueIcon> rowIcons_;
+    std::set<std::string> iconsAsked_; // rows whose icon was looked for, found or not
     std::map<std::string, RatingSummary> ratings_;
     RefreshSequence refreshes_;
     TrackedGame tracked_;
