@@ -4,6 +4,7 @@
 
 #include "app/RefreshSequence.hpp"
 #include "app/RowText.hpp"
+#include "base/Utf8Path.hpp"
 
 #include <gtest/gtest.h>
 
@@ -148,7 +149,9 @@ TEST(LibraryMerge, RowsCarryTheirSourcesFields) {
     ASSERT_EQ(rows.size(), 2u);
     EXPECT_EQ(rows[0].steamAppId, "10");
     EXPECT_EQ(rows[0].latestVersion, "1.2.0");
-    EXPECT_EQ(rows[0].install->executablePath, "C:/Steam/steamapps/common/Sky-Forge 2/game.exe");
+    // Joined by the platform's separator, as the scanner joins it.
+    EXPECT_EQ(rows[0].install->executablePath,
+              pathToUtf8(std::filesystem::path("C:/Steam/steamapps/common/Sky-Forge 2") / "game.exe"));
     EXPECT_EQ(rows[0].install->installedVersion, "77");
     EXPECT_EQ(rows[0].entitlement->id, "e-t1");
     EXPECT_EQ(rows[0].tags, (std::vector<std::string>{"space", "co-op"}));

@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -121,7 +122,7 @@ protected:
         jobs.api = service_;
         const DataPaths paths{data, folder_.path() / "games"};
         Settings settings = defaultSettings(paths.defaultLibraryFolder);
-        settings.bearerToken = "token";
+        settings.bearerToken = token_;
         window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths, std::move(settings),
                                                settingsFileIn(paths.dataFolder), std::move(jobs));
         ASSERT_TRUE(window_->create(SW_HIDE));
@@ -137,6 +138,7 @@ protected:
         ListView_SetItemState(list_, row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
     }
 
+    std::string token_ = "token";
     test::TempFolder folder_;
     std::unique_ptr<SteamPathValue> steamPath_;
     std::shared_ptr<test::ScriptedService> service_ = std::make_shared<test::ScriptedService>();
@@ -242,6 +244,32 @@ TEST_F(LibraryWindowTest, AFailedRefreshKeepsTheRowsAndAnOlderAnswerNeverReplace
                                      L"1 GitHub browser games available.");
     ASSERT_EQ(ListView_GetItemCount(list_), 1) << "the search also narrows the Steam and browser games";
     EXPECT_EQ(listText(0, 0), L"Ember Keep");
+}
+
+class SignedOutLibraryWindowTest : public LibraryWindowTest {
+protected:
+    SignedOutLibraryWindowTest() { token_.clear(); }
+};
+
+TEST_F(SignedOutLibraryWindowTest, TheStatusAsksForASessionAndTheStarsDoNotRate) {
+    ASSERT_TRUE(test::pumpUntil(
+        [this] {
+            return window_->statusText() ==
+                   L"Library refreshed. Add a bearer token (Options > Connection) to load owned games. "
+                   L"Included 2 "
+                   L"games from your local Steam library. 1 GitHub browser games available.";
+        },
+        10000))
+        << narrow(window_->statusText());
+    select(0);
+    EXPECT_EQ(window_->playtimePanel()->text(), L"Sign in to rate games.");
+    window_->rateSelected(4);
+    test::pumpUntil([] { return false; }, 300);
+    EXPECT_EQ(window_->playtimePanel()->text(), L"Sign in to rate games.");
+    const std::vector<std::string> asked = service_->requests();
+    EXPECT_EQ(std::count_if(asked.begin(), asked.end(),
+                            [](const std::string& r) { return r.starts_with("PUT /api/v1/me/ratings"); }),
+              0);
 }
 
 } // namespace
