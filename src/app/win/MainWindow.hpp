@@ -105,6 +105,7 @@ private:
     void saveFiles() noexcept;
 
     int selectedRow() const noexcept;
+    void trackSelection(const NMLISTVIEW& change) noexcept;
     void selectRowByKey(const std::string& key);
     void refillList();
     void fitColumns();
@@ -135,6 +136,7 @@ private:
     std::string playtimeKey_;               // the row the playtime panel shows or waits for
     std::vector<std::string> previousKeys_; // the keys of the rows the list shows, in order
     bool isRefilling_ = false;
+    int selectedIndex_ = -1;
 
     HWND list_ = nullptr;
     HWND details_ = nullptr;

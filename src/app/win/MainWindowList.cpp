@@ -68,14 +68,34 @@ void drawBadge(HDC dc, const RECT& box, const LibraryItem& row, const Skin& skin
     DrawTextW(dc, letter.c_str(), -1, &text, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
 }
 
+// Setting an edit's text re-lays it out and repaints its scroll bar even when nothing
+// changed, which a refresh would otherwise pay for on every refill.
+void setTextIfChanged(HWND control, const std::wstring& text) {
+    if (hwndText(control) != text) {
+        SetWindowTextW(control, text.c_str());
+    }
+}
+
 } // namespace
 
+// The selection as the list reported it: asking the list scans every row of an owner-data
+// list, which on a large library costs milliseconds each time.
 int MainWindow::selectedRow() const noexcept {
-    const int index = ListView_GetNextItem(list_, -1, LVNI_SELECTED);
-    if (index < 0 || static_cast<size_t>(index) >= rows_.size()) {
+    if (selectedIndex_ < 0 || static_cast<size_t>(selectedIndex_) >= rows_.size()) {
         return -1;
     }
-    return index;
+    return selectedIndex_;
+}
+
+void MainWindow::trackSelection(const NMLISTVIEW& change) noexcept {
+    if ((change.uChanged & LVIF_STATE) == 0 || ((change.uNewState ^ change.uOldState) & LVIS_SELECTED) == 0) {
+        return;
+    }
+    if ((change.uNewState & LVIS_SELECTED) != 0 && change.iItem >= 0) {
+        selectedIndex_ = change.iItem;
+    } else if (change.iItem < 0 || change.iItem == selectedIndex_) {
+        selectedIndex_ = -1;
+    }
 }
 
 void MainWindow::selectRowByKey(const std::string& key) {
@@ -91,13 +111,20 @@ void MainWindow::selectRowByKey(const std::string& key) {
 
 void MainWindow::refillList() {
     // The selection is kept across a refresh by key: row numbers change as games come and go.
-    const int selected = ListView_GetNextItem(list_, -1, LVNI_SELECTED);
+    const int selected = selectedIndex_;
     const std::string selectedKey = selected >= 0 && static_cast<size_t>(selected) < previousKeys_.size()
                                         ? previousKeys_[static_cast<size_t>(selected)]
                                         : std::string();
     isRefilling_ = true;
-    ListView_SetItemState(list_, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
-    ListView_SetItemCountEx(list_, static_cast<int>(rows_.size()), 0);
+    // Only the rows that hold a state are cleared, and the count is set only when it
+    // changes: either call, made for every row, costs tens of milliseconds on a large list.
+    if (selected >= 0) {
+        ListView_SetItemState(list_, selected, 0, LVIS_SELECTED | LVIS_FOCUSED);
+    }
+    selectedIndex_ = -1;
+    if (ListView_GetItemCount(list_) != static_cast<int>(rows_.size())) {
+        ListView_SetItemCountEx(list_, static_cast<int>(rows_.size()), LVSICF_NOSCROLL);
+    }
     previousKeys_.clear();
     previousKeys_.reserve(rows_.size());
     for (const LibraryItem& row : rows_) {
@@ -121,7 +148,9 @@ void MainWindow::fitColumns() {
     const int width = client.right - client.left - (hasScrollBar ? 0 : GetSystemMetrics(SM_CXVSCROLL));
     const std::array<int, 5> widths = fitListColumns(width);
     for (int column = 0; column < kColumnCount; ++column) {
-        ListView_SetColumnWidth(list_, column, widths[static_cast<size_t>(column)]);
+        if (ListView_GetColumnWidth(list_, column) != widths[static_cast<size_t>(column)]) {
+            ListView_SetColumnWidth(list_, column, widths[static_cast<size_t>(column)]);
+        }
     }
 }
 
@@ -162,12 +191,12 @@ void MainWindow::fillDetails() {
     const int row = selectedRow();
     updateActionButton();
     if (row < 0) {
-        SetWindowTextW(details_, L"Select a game to see its details.");
+        setTextIfChanged(details_, L"Select a game to see its details.");
         showPlaytimeFor(nullptr);
         return;
     }
     const LibraryItem& item = rows_[static_cast<size_t>(row)];
-    SetWindowTextW(details_, widen(detailsText(item, tracked_)).c_str());
+    setTextIfChanged(details_, widen(detailsText(item, tracked_)));
     showPlaytimeFor(&item);
 }
 
@@ -270,6 +299,7 @@ LRESULT MainWindow::onNotify(const NMHDR& header) {
         return 0;
     case LVN_ITEMCHANGED: {
         const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
+        trackSelection(change);
         if (!isRefilling_ && ((change.uNewState ^ change.uOldState) & LVIS_SELECTED) != 0) {
             fillDetails();
         }

@@ -61,7 +61,7 @@ int PlaytimePanel::starAt(int x, int y) noexcept {
 }
 
 void PlaytimePanel::setText(const std::wstring& text) {
-    if (text_ != nullptr) {
+    if (text_ != nullptr && hwndText(text_) != text) {
         SetWindowTextW(text_, text.c_str());
     }
 }
@@ -71,6 +71,9 @@ std::wstring PlaytimePanel::text() const {
 }
 
 void PlaytimePanel::setMyStars(int stars) {
+    if (stars == myStars_) {
+        return;
+    }
     myStars_ = stars;
     if (hwnd_ != nullptr) {
         InvalidateRect(hwnd_, nullptr, TRUE);
