@@ -77,6 +77,32 @@ TITLES = (
      ["survival", "crafting"], False, "url", "length", []),
     ("wavecrest-arena", "Wavecrest Arena", "papercut-games", "Action", "windows", "released",
      ["pvp", "arena"], False, "url", "length", []),
+    ("sky-forge-2", "Sky Forge 2", "north-arc", "Action", "windows", "released",
+     ["mechs", "co-op", "sci-fi"], False, "assets", "length", [("2.4.1", 6), ("2.4.0", 35)]),
+    ("harbor-lights", "Harbor Lights", "lanternworks", "Simulation", "windows", "released",
+     ["lighthouse", "cozy"], False, "url", "length", [("1.0.4", 11)]),
+    ("moonwell-academy", "Moonwell Academy", "papercut-games", "RPG", "windows", "early-access",
+     ["school", "magic"], False, "url", "chunked", [("0.8.0", 4)]),
+    ("rustbelt-couriers", "Rustbelt Couriers", "tidal-forge", "Action", "windows", "released",
+     ["driving", "delivery"], False, "url", "length", []),
+    ("crown-of-ash", "Crown of Ash", "north-arc", "Strategy", "windows", "released",
+     ["grand-strategy", "medieval"], False, "assets", "chunked", [("1.5.2", 21)]),
+    ("lantern-fish", "Lantern Fish", "lanternworks", "Adventure", "windows", "released",
+     ["underwater", "exploration"], True, "url", "length", []),
+    ("pocket-kingdoms", "Pocket Kingdoms", "papercut-games", "Strategy", "windows", "released",
+     ["city-builder", "tiny"], False, "url", "length", [("2.1.0", 8)]),
+    ("signal-lost", "Signal Lost", "tidal-forge", "Adventure", "windows", "beta",
+     ["sci-fi", "mystery"], False, "url", "length", []),
+    ("velvet-heist", "Velvet Heist", "lanternworks", "Action", "windows", "released",
+     ["stealth", "heist"], False, "assets", "length", [("1.3.3", 2)]),
+    ("winter-orchard", "Winter Orchard", "north-arc", "Simulation", "windows", "released",
+     ["farming", "seasons"], False, "url", "length", []),
+    ("stormcall", "Stormcall", "tidal-forge", "RPG", "windows", "early-access",
+     ["weather", "magic"], False, "url", "chunked", [("0.5.1", 9)]),
+    ("grimstone-arena", "Grimstone Arena", "papercut-games", "Action", "windows", "released",
+     ["pvp", "fantasy"], False, "url", "length", []),
+    ("dune-skimmers", "Dune Skimmers", "tidal-forge", "Adventure", "windows", "released",
+     ["desert", "sailing"], False, "url", "length", []),
 )
 
 DESCRIPTIONS = {
@@ -90,8 +116,53 @@ DESCRIPTIONS = {
     "Action": "Quick reflexes, bright effects and short, intense runs.",
 }
 
+# Each title's own blurb; a title without one falls back to its category's line.
+TITLE_DESCRIPTIONS = {
+    "ember-keep": "Rebuild a ruined hill fort with friends and hold it through the long winter; the world "
+                  "remembers every promise you make to its villages.",
+    "starfall-courier": "Fly parcels between drifting space stations, plot slingshots around moons and nurse "
+                        "an old cargo ship in one piece.",
+    "gearwhistle-junction": "Lay track, set switches and untangle a busy rail yard before the evening express "
+                            "arrives.",
+    "tidebreaker-rally": "Race hydrofoils through harbour channels and storm surges, online or in split screen.",
+    "hollow-lantern": "A slow, quiet horror story told by the light of one lantern in a house that rearranges "
+                      "itself.",
+    "quarry-of-echoes": "Dig deep, shore up the tunnels and build an underground town around what the miners "
+                        "find.",
+    "paper-moth": "Glide, fold and flutter through a hand-cut paper world in a short, gentle platformer.",
+    "orchard-siege": "Defend a cosy orchard from waves of hungry critters with scarecrows, sprinklers and bees.",
+    "saltmarsh-radio": "Run a pirate radio station from a marsh shack: pick records, take calls and dodge the "
+                       "inspectors.",
+    "copperline-tactics": "Turn-based squad tactics on the copper railways of a frontier that never existed.",
+    "mirrorbound": "Bounce light through rooms of mirrors in a puzzle game that runs in any modern web page.",
+    "nightshift-diner": "Cook, serve and gossip through the graveyard shift of a roadside diner.",
+    "glasswing": "An arcade flight game of glass gliders and neon canyons; coming soon.",
+    "brass-meridian": "Explore a steampunk archipelago by airship in a role-playing game built for Linux.",
+    "thistle-and-thorn": "A point-and-click fairy tale about a hedge witch, a talking goat and a missing crown.",
+    "cinder-run": "Sprint through a burning city in short roguelite runs; every death unlocks a new route.",
+    "lumen-drift": "Neon drift racing in short bursts, playable straight from a link.",
+    "vault-of-small-hours": "Escape-room puzzles inside a bank vault where the clocks never agree.",
+    "frostline-outpost": "Survive an arctic research station: ration power, repair the radio, stay warm.",
+    "wavecrest-arena": "Fast four-player arena battles on platforms that rise and sink with the waves.",
+    "sky-forge-2": "Pilot hand-built mechs over floating islands in the sequel to the co-op brawler; now with "
+                   "a full campaign for up to four players.",
+    "harbor-lights": "Tend a lighthouse on a storm-battered coast, guide ships home and restore the old harbour.",
+    "moonwell-academy": "Your first year at a school of magic: classes, rivalries and a secret under the well.",
+    "rustbelt-couriers": "Deliver anything to anyone across a crumbling industrial valley in a rattling truck.",
+    "crown-of-ash": "Rule a medieval realm through famine, feuds and succession in a grand strategy game.",
+    "lantern-fish": "Explore the deep sea as a small glowing fish looking for the way back to the reef.",
+    "pocket-kingdoms": "Build tiny cities on floating islands and trade between them by balloon.",
+    "signal-lost": "Investigate a silent research ship in orbit, one recovered log at a time.",
+    "velvet-heist": "Plan and pull off stylish heists in 1960s Monte Carlo, alone or with a crew.",
+    "winter-orchard": "Farm an orchard through four seasons; winter is for pruning, planning and cider.",
+    "stormcall": "Command the weather in a role-playing adventure where every spell changes the sky.",
+    "grimstone-arena": "Gladiator duels of sword and sorcery with ranked seasons and custom champions.",
+    "dune-skimmers": "Sail sand yachts across a living desert in search of buried cities.",
+}
+
 DEMO_OWNS = ("ember-keep", "starfall-courier", "gearwhistle-junction", "tidebreaker-rally", "hollow-lantern",
-             "cinder-run", "quarry-of-echoes", "orchard-siege")
+             "cinder-run", "quarry-of-echoes", "orchard-siege", "sky-forge-2", "harbor-lights", "velvet-heist",
+             "crown-of-ash")
 DEMO_REVOKED = ("orchard-siege",)
 
 # who, game slug (or external key), minutes, days ago; minutes None = still playing
@@ -100,12 +171,17 @@ SESSIONS = (
     ("chen", "ember-keep", 25, 6), ("bruno", "starfall-courier", 60, 4), ("chen", "cinder-run", 75, 1),
     ("demo", "ember-keep", 130, 5), ("demo", "cinder-run", 20, 2), ("alice", "steam:104900", 50, 2),
     ("eve", "ember-keep", 300, 1), ("alice", "ember-keep", None, 0),
+    ("bruno", "sky-forge-2", 140, 1), ("alice", "sky-forge-2", 70, 3), ("demo", "sky-forge-2", 55, 4),
+    ("chen", "harbor-lights", 35, 2), ("bruno", "velvet-heist", 90, 5), ("chen", "steam:104900", 40, 1),
 )
 
 RATINGS = (  # who, game slug, stars, days ago
     ("alice", "ember-keep", 5, 2), ("bruno", "ember-keep", 4, 3), ("chen", "ember-keep", 4, 6),
     ("eve", "ember-keep", 2, 1), ("bruno", "starfall-courier", 5, 4), ("chen", "cinder-run", 3, 1),
     ("alice", "paper-moth", 4, 8), ("alice", "steam:104900", 5, 2),
+    ("bruno", "sky-forge-2", 5, 1), ("chen", "sky-forge-2", 4, 2), ("alice", "sky-forge-2", 4, 3),
+    ("alice", "harbor-lights", 4, 2), ("eve", "velvet-heist", 3, 4), ("bruno", "crown-of-ash", 5, 6),
+    ("alice", "stormcall", 4, 5), ("chen", "steam:104900", 4, 1),
 )
 
 EXTERNAL_NAMES = {"steam:104900": "Sky Harbor"}
@@ -132,7 +208,7 @@ def game_key(name: str) -> str:
 def seed_catalogue(svc: Service, now: float) -> None:
     for index, (slug, name, publisher, category, platform, status, tags, free, form, transfer, builds) \
             in enumerate(TITLES):
-        description = f"{name}: {DESCRIPTIONS[category]}"
+        description = TITLE_DESCRIPTIONS.get(slug, f"{name}: {DESCRIPTIONS[category]}")
         svc.db.run("INSERT INTO software(id, slug, name, description, publisher_id, category, platform, "
                    "release_status, tags, is_free, grant_form, transfer, created_at) "
                    "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",

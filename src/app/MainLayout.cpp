@@ -22,4 +22,24 @@ MainLayout computeMainLayout(int clientWidth, int clientHeight) {
     return layout;
 }
 
+std::array<int, 5> fitListColumns(int width) {
+    constexpr int kState = 110;
+    constexpr int kCategory = 110;
+    constexpr int kPlatform = 80;
+    constexpr int kTitleMinimum = 160;
+    constexpr int kMiddle = kState + kCategory + kPlatform;
+    int middle = kMiddle;
+    if (width - kRatingColumnWidth - middle < kTitleMinimum) {
+        middle = width - kRatingColumnWidth - kTitleMinimum;
+        if (middle < 0) {
+            middle = 0;
+        }
+    }
+    const int state = middle * kState / kMiddle;
+    const int category = middle * kCategory / kMiddle;
+    const int platform = middle - state - category;
+    const int title = width - kRatingColumnWidth - middle;
+    return {title > 0 ? title : 0, state, category, platform, kRatingColumnWidth};
+}
+
 } // namespace corvandell

@@ -2,6 +2,8 @@
 // list takes two thirds of the width and the details column the rest.
 #pragma once
 
+#include <array>
+
 namespace corvandell {
 
 struct ControlRect {
@@ -28,5 +30,13 @@ struct MainLayout {
 };
 
 MainLayout computeMainLayout(int clientWidth, int clientHeight);
+
+// Widths of the list's columns Title, State, Category, Platform and Rating for a list whose
+// rows are `width` pixels wide: they fill it exactly, so no horizontal scroll bar appears.
+// The Title column takes what the others leave; on a narrow list the middle columns give
+// way first, and the Rating column keeps room for a full "★ 4.5 (120)".
+std::array<int, 5> fitListColumns(int width);
+
+inline constexpr int kRatingColumnWidth = 90;
 
 } // namespace corvandell

@@ -4,6 +4,10 @@
 
 #include <commctrl.h>
 
+#include "api/win/WinHttpApiClient.hpp"
+#include "app/LibraryActivity.hpp"
+#include "app/LibraryMerge.hpp"
+#include "app/LibraryRefresh.hpp"
 #include "app/win/MainWindow.hpp"
 #include "app/win/SingleInstance.hpp"
 #include "app/win/StarIcon.hpp"
@@ -12,6 +16,9 @@
 #include "base/win/WideText.hpp"
 #include "stores/WatchList.hpp"
 #include "stores/win/WindowsStoreHost.hpp"
+
+#include <algorithm>
+#include <exception>
 
 namespace corvandell::win {
 namespace {
@@ -38,11 +45,21 @@ std::wstring unsavedFilesNotice(const GuardedFile& settings, const GuardedFile& 
     return {};
 }
 
-// Until the library sources are wired in, a refresh has nothing to gather.
-std::function<LibraryResult()> makeEmptyRefresh(const std::string&) {
-    return [] {
+// A producer may throw although it should not; its failure must still carry the number
+// of the refresh it answers, or the window would wait for it forever.
+std::function<LibraryResult()> numberedRefresh(std::function<LibraryResult()> producer,
+                                               unsigned long generation) {
+    return [producer = std::move(producer), generation]() noexcept {
         LibraryResult result;
-        result.succeeded = true;
+        try {
+            result = producer();
+        } catch (const std::exception& error) {
+            result = LibraryResult{.succeeded = false,
+                                   .errorText = std::string("Refresh failed: ") + error.what()};
+        } catch (...) {
+            result = LibraryResult{.succeeded = false, .errorText = "Refresh failed: unexpected error"};
+        }
+        result.generation = generation;
         return result;
     };
 }
@@ -54,9 +71,18 @@ MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, G
     : instance_(instance), paths_(std::move(paths)), dataFolderKey_(dataFolderKey(paths_.dataFolder)),
       settings_(std::move(settings)), jobs_(std::move(jobs)), settingsFile_(std::move(settingsFile)),
       libraryFile_(libraryFileIn(paths_.dataFolder)), installedGames_(loadLibrary(libraryFile_)),
-      fileNotice_(unsavedFilesNotice(settingsFile_, libraryFile_)) {
+      fileNotice_(unsavedFilesNotice(settingsFile_, libraryFile_)), api_(jobs_.api) {
+    if (!api_) {
+        api_ = std::make_shared<WinHttpApiClient>(&settings_);
+    }
     if (!jobs_.makeRefresh) {
-        jobs_.makeRefresh = &makeEmptyRefresh;
+        // The window outlives its jobs, so the job may use its service client.
+        jobs_.makeRefresh = [this](const std::string& query) -> std::function<LibraryResult()> {
+            return [api = api_.get(), dataFolder = paths_.dataFolder, installed = installedGames_, query] {
+                const WindowsStoreHost stores;
+                return gatherLibrary(*api, stores.host(), dataFolder, installed, query);
+            };
+        };
     }
 }
 
@@ -104,8 +130,62 @@ int MainWindow::run(int showCommand) {
 
 void MainWindow::refresh() {
     setStatus(L"Loading library...");
-    jobThreads_.start<LibraryResult>(hwnd_, MsgLibraryResult, jobs_.makeRefresh(narrow(hwndText(search_))),
-                                     "Refresh failed: ");
+    const unsigned long generation = refreshes_.begin();
+    jobThreads_.start<LibraryResult>(
+        hwnd_, MsgLibraryResult, numberedRefresh(jobs_.makeRefresh(narrow(hwndText(search_))), generation),
+        "Refresh failed: ");
+}
+
+void MainWindow::loadRowIcons() {
+    // Each row is looked at once: a site that gave no icon is not asked again on every
+    // keystroke in the search box.
+    std::vector<IconRequest> requests = iconRequestsFor(rows_, rowIcons_);
+    std::erase_if(requests,
+                  [this](const IconRequest& request) { return !iconsAsked_.insert(request.key).second; });
+    if (requests.empty()) {
+        return;
+    }
+    jobThreads_.start<IconBatch>(hwnd_, MsgIconBatch,
+                                 [requests = std::move(requests), cache = paths_.dataFolder / "iconcache"] {
+                                     return loadRowIconBatch(requests, cache);
+                                 });
+}
+
+void MainWindow::loadRatings() {
+    std::vector<std::string> keys;
+    keys.reserve(rows_.size());
+    for (const LibraryItem& row : rows_) {
+        keys.push_back(row.key);
+    }
+    if (keys.empty()) {
+        return;
+    }
+    jobThreads_.start<RatingsResult>(hwnd_, MsgRatingsLoaded, [api = api_.get(), keys = std::move(keys)] {
+        return gatherRatings(*api, keys);
+    });
+}
+
+void MainWindow::rateSelected(int stars) {
+    const int row = selectedRow();
+    if (row < 0 || stars < 1 || stars > 5) {
+        return;
+    }
+    if (!isSignedIn()) {
+        playtimePanel_->setText(L"Sign in to rate games.");
+        return;
+    }
+    playtimePanel_->setMyStars(stars); // shown at once; the answer confirms or takes it back
+    jobThreads_.start<RatingsResult>(hwnd_, MsgRatingResult,
+                                     [api = api_.get(), key = rows_[static_cast<size_t>(row)].key, stars] {
+                                         return sendRating(*api, key, stars);
+                                     });
+}
+
+void MainWindow::requestPlaytime(const LibraryItem& row) {
+    playtimeKey_ = row.key;
+    playtimePanel_->setText(L"Loading...");
+    jobThreads_.start<PlaytimeResult>(hwnd_, MsgPlaytimeResult,
+                                      [api = api_.get(), row] { return gatherPlaytime(*api, row); });
 }
 
 HWND MainWindow::childWindow(ChildKind kind) const noexcept {
@@ -203,6 +283,18 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
     case MsgLibraryResult:
         onLibraryResult(takeUiJobResult<LibraryResult>(lParam));
         return 0;
+    case MsgIconBatch:
+        onIconBatch(takeUiJobResult<IconBatch>(lParam));
+        return 0;
+    case MsgRatingsLoaded:
+        onRatingsLoaded(takeUiJobResult<RatingsResult>(lParam));
+        return 0;
+    case MsgRatingResult:
+        onRatingResult(takeUiJobResult<RatingsResult>(lParam));
+        return 0;
+    case MsgPlaytimeResult:
+        onPlaytimeResult(takeUiJobResult<PlaytimeResult>(lParam));
+        return 0;
     case MsgThemeChanged:
         themeApplyToList(list_);
         RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
@@ -287,8 +379,24 @@ void MainWindow::saveFiles() noexcept {
 // Results already queued for this window would otherwise die with the queue entry.
 void MainWindow::discardPendingResults() noexcept {
     MSG message{};
-    while (PeekMessageW(&message, hwnd_, MsgLibraryResult, MsgLibraryResult, PM_REMOVE)) {
-        takeUiJobResult<LibraryResult>(message.lParam).reset();
+    while (PeekMessageW(&message, hwnd_, MsgLibraryResult, MsgRatingResult, PM_REMOVE)) {
+        switch (message.message) {
+        case MsgLibraryResult:
+            takeUiJobResult<LibraryResult>(message.lParam).reset();
+            break;
+        case MsgIconBatch:
+            takeUiJobResult<IconBatch>(message.lParam).reset();
+            break;
+        case MsgPlaytimeResult:
+            takeUiJobResult<PlaytimeResult>(message.lParam).reset();
+            break;
+        case MsgRatingsLoaded:
+        case MsgRatingResult:
+            takeUiJobResult<RatingsResult>(message.lParam).reset();
+            break;
+        default:
+            break; // the other messages in the range carry no record
+        }
     }
 }
 
@@ -373,13 +481,61 @@ void MainWindow::onChildClosed(ChildKind kind, HWND window) noexcept {
 }
 
 void MainWindow::onLibraryResult(std::unique_ptr<LibraryResult> result) {
-    if (!result->succeeded) {
-        setStatus(widen(result->errorText));
-        return;
+    if (!refreshes_.isCurrent(result->generation)) {
+        return; // a newer refresh is on its way
     }
-    rows_ = std::move(result->rows);
-    refillList();
-    setStatus(L"Library refreshed.");
+    LibraryApply apply = applyLibraryResult(!rows_.empty(), *result, installedGames_, isSignedIn());
+    if (apply.replacesRows) {
+        rows_ = std::move(apply.rows);
+        loadRatings();
+        loadRowIcons();
+        refillList();
+    }
+    setStatus(widen(apply.statusText));
+}
+
+void MainWindow::onIconBatch(std::unique_ptr<IconBatch> batch) {
+    for (auto& [key, icon] : batch->icons) {
+        rowIcons_[key] = std::move(icon); // a replaced icon is destroyed here
+    }
+    InvalidateRect(list_, nullptr, FALSE);
+}
+
+void MainWindow::onRatingsLoaded(std::unique_ptr<RatingsResult> result) {
+    if (!result->succeeded) {
+        return; // the list simply shows no ratings
+    }
+    ratings_.clear();
+    for (RatingSummary& rating : result->ratings) {
+        ratings_[rating.gameKey] = std::move(rating);
+    }
+    InvalidateRect(list_, nullptr, FALSE);
+    const int row = selectedRow();
+    if (row >= 0) {
+        const auto mine = ratings_.find(rows_[static_cast<size_t>(row)].key);
+        playtimePanel_->setMyStars(mine == ratings_.end() ? 0 : std::max(mine->second.myStars, 0));
+    }
+}
+
+void MainWindow::onRatingResult(std::unique_ptr<RatingsResult> result) {
+    if (!result->succeeded || result->ratings.empty()) {
+        setStatus(L"Could not save your rating.");
+    } else {
+        ratings_[result->ratings.front().gameKey] = result->ratings.front();
+        InvalidateRect(list_, nullptr, FALSE);
+    }
+    const int row = selectedRow();
+    if (row >= 0) {
+        const auto mine = ratings_.find(rows_[static_cast<size_t>(row)].key);
+        playtimePanel_->setMyStars(mine == ratings_.end() ? 0 : std::max(mine->second.myStars, 0));
+    }
+}
+
+void MainWindow::onPlaytimeResult(std::unique_ptr<PlaytimeResult> result) {
+    if (result->key != playtimeKey_) {
+        return; // the selection moved on while it was asked
+    }
+    playtimePanel_->setText(widen(playtimeText(*result)));
 }
 
 void MainWindow::setStatus(const std::wstring& text) {

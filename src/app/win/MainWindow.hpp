@@ -5,12 +5,18 @@
 
 #include <windows.h>
 
+#include <commctrl.h>
+
+#include "api/IApiClient.hpp"
 #include "app/DataPaths.hpp"
 #include "app/LibraryCache.hpp"
 #include "app/LibraryItem.hpp"
+#include "app/RefreshSequence.hpp"
+#include "app/RowText.hpp"
 #include "app/SettingsFile.hpp"
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
+#include "app/win/RowIcons.hpp"
 #include "app/win/TrayIcon.hpp"
 #include "app/win/UiJob.hpp"
 #include "app/win/Window.hpp"
@@ -21,6 +27,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,7 +37,10 @@ namespace corvandell::win {
 // the defaults; tests count and script the jobs.
 struct MainWindowJobs {
     // The refresh job's producer for the given search text.
+    // Empty: the stores of this machine and the service client below.
     std::function<std::function<LibraryResult()>(const std::string& query)> makeRefresh;
+    // The service client of every job; empty: the WinHTTP client over the window's settings.
+    std::shared_ptr<IApiClient> api;
 };
 
 class MainWindow final : public Window {
@@ -49,6 +59,10 @@ public:
 
     void createControls();
     void refresh();
+    void loadRowIcons();
+    void loadRatings();
+    void rateSelected(int stars);
+    void requestPlaytime(const LibraryItem& row);
 
     HWND control(int id) const noexcept { return GetDlgItem(hwnd_, id); }
     std::wstring statusText() const;
@@ -59,6 +73,10 @@ public:
     bool hasTrayIcon() const noexcept { return trayIcon_.isAdded(); }
     const Settings& settings() const noexcept { return settings_; }
     PlaytimePanel* playtimePanel() noexcept { return playtimePanel_.get(); }
+    const std::vector<LibraryItem>& rows() const noexcept { return rows_; }
+    bool hasRowIcon(const std::string& key) const { return rowIcons_.contains(key); }
+    // What the list shows in a cell, as a screen reader reads it.
+    std::wstring cellText(int row, int column) const;
 
 private:
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
@@ -73,6 +91,10 @@ private:
     void onTrayIcon(UINT mouseMessage);
     void onChildClosed(ChildKind kind, HWND window) noexcept;
     void onLibraryResult(std::unique_ptr<LibraryResult> result);
+    void onIconBatch(std::unique_ptr<IconBatch> batch);
+    void onRatingsLoaded(std::unique_ptr<RatingsResult> result);
+    void onRatingResult(std::unique_ptr<RatingsResult> result);
+    void onPlaytimeResult(std::unique_ptr<PlaytimeResult> result);
     void discardPendingResults() noexcept;
 
     void layout(int clientWidth, int clientHeight);
@@ -83,10 +105,16 @@ private:
     void saveFiles() noexcept;
 
     int selectedRow() const noexcept;
+    void trackSelection(const NMLISTVIEW& change) noexcept;
+    void selectRowByKey(const std::string& key);
     void refillList();
+    void fitColumns();
     void fillDetails();
+    void showPlaytimeFor(const LibraryItem* row);
+    void updateActionButton();
     void drawRow(const DRAWITEMSTRUCT& item);
-    void onRate(int stars);
+    void fillDisplayInfo(NMLVDISPINFOW& info);
+    bool isSignedIn() const noexcept { return !settings_.bearerToken.empty(); }
 
     HINSTANCE instance_;
     DataPaths paths_;
@@ -98,8 +126,17 @@ private:
     std::vector<LibraryRecord> installedGames_;
     // Why a file will not be saved this session; leads every status text.
     std::wstring fileNotice_;
+    std::shared_ptr<IApiClient> api_;
     std::vector<LibraryItem> rows_;
     std::map<std::string, UniqueIcon> rowIcons_;
+    std::set<std::string> iconsAsked_; // rows whose icon was looked for, found or not
+    std::map<std::string, RatingSummary> ratings_;
+    RefreshSequence refreshes_;
+    TrackedGame tracked_;
+    std::string playtimeKey_;               // the row the playtime panel shows or waits for
+    std::vector<std::string> previousKeys_; // the keys of the rows the list shows, in order
+    bool isRefilling_ = false;
+    int selectedIndex_ = -1;
 
     HWND list_ = nullptr;
     HWND details_ = nullptr;

@@ -99,9 +99,9 @@ void MainWindow::createControls() {
 
     list_ = makeChild(WC_LISTVIEWW, L"",
                       WS_BORDER | WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL | LVS_OWNERDRAWFIXED |
-                          LVS_SHOWSELALWAYS,
+                          LVS_SHOWSELALWAYS | LVS_OWNERDATA,
                       command::List);
-    ListView_SetExtendedListViewStyle(list_, LVS_EX_FULLROWSELECT);
+    ListView_SetExtendedListViewStyle(list_, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
     for (size_t i = 0; i < kColumns.size(); ++i) {
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
@@ -116,7 +116,7 @@ void MainWindow::createControls() {
     details_ =
         makeChild(WC_EDITW, L"", WS_VSCROLL | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL, control::Details);
 
-    playtimePanel_ = std::make_unique<PlaytimePanel>(instance_, [this](int stars) { onRate(stars); });
+    playtimePanel_ = std::make_unique<PlaytimePanel>(instance_, [this](int stars) { rateSelected(stars); });
     if (playtimePanel_->create(hwnd_, control::PlaytimePanel)) {
         SendMessageW(playtimePanel_->hwnd(), WM_SETFONT, reinterpret_cast<WPARAM>(font_.get()), FALSE);
     }
@@ -134,6 +134,9 @@ void MainWindow::layout(int clientWidth, int clientHeight) {
     placeControl(control(command::Friends), rects.friendsButton);
     placeControl(control(command::Options), rects.optionsButton);
     placeControl(list_, rects.list);
+    if (list_ != nullptr) {
+        fitColumns();
+    }
     placeControl(control(control::DetailsLabel), rects.detailsLabel);
     placeControl(details_, rects.details);
     placeControl(playtimePanel_ ? playtimePanel_->hwnd() : nullptr, rects.playtimePanel);

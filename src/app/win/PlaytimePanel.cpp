@@ -61,7 +61,7 @@ int PlaytimePanel::starAt(int x, int y) noexcept {
 }
 
 void PlaytimePanel::setText(const std::wstring& text) {
-    if (text_ != nullptr) {
+    if (text_ != nullptr && hwndText(text_) != text) {
         SetWindowTextW(text_, text.c_str());
     }
 }
@@ -71,6 +71,9 @@ std::wstring PlaytimePanel::text() const {
 }
 
 void PlaytimePanel::setMyStars(int stars) {
+    if (stars == myStars_) {
+        return;
+    }
     myStars_ = stars;
     if (hwnd_ != nullptr) {
         InvalidateRect(hwnd_, nullptr, TRUE);
@@ -110,6 +113,19 @@ void PlaytimePanel::paint() {
         drawStar(dc, starRect(i), toColorRef(isFilled ? skin.accent : skin.controlBackground),
                  toColorRef(isFilled ? skin.accent : skin.border));
     }
+    // What a click does, or what the user gave, beside the stars.
+    const wchar_t* const captions[] = {L"Rate this game",       L"You rated it 1 star",
+                                       L"You rated it 2 stars", L"You rated it 3 stars",
+                                       L"You rated it 4 stars", L"You rated it 5 stars"};
+    const wchar_t* caption =
+        hoverStar_ != 0 ? L"Click to rate" : captions[myStars_ >= 0 && myStars_ <= 5 ? myStars_ : 0];
+    RECT label{starRect(kStarCount - 1).right + kMargin * 2, kMargin, client.right - kMargin,
+               kMargin + kStarSize};
+    const ScopedSelect selectFont(dc, font_ != nullptr ? static_cast<HGDIOBJ>(font_)
+                                                       : GetStockObject(DEFAULT_GUI_FONT));
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, toColorRef(myStars_ > 0 && hoverStar_ == 0 ? skin.controlText : skin.mutedText));
+    DrawTextW(dc, caption, -1, &label, DT_LEFT | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
     EndPaint(hwnd_, &ps);
 }
 
@@ -127,6 +143,7 @@ LRESULT PlaytimePanel::handleMessage(UINT message, WPARAM wParam, LPARAM lParam)
                                     0, kTextTop, 0, 0, hwnd_, nullptr, instance_, nullptr);
             return 0;
         case WM_SETFONT:
+            font_ = reinterpret_cast<HFONT>(wParam);
             if (text_ != nullptr) {
                 SendMessageW(text_, WM_SETFONT, wParam, lParam);
             }

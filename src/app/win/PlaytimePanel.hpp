@@ -46,6 +46,7 @@ private:
     HINSTANCE instance_;
     RatingCallback onRate_;
     HWND text_ = nullptr;
+    HFONT font_ = nullptr; // the owner's, which outlives the panel
     int myStars_ = 0;
     int hoverStar_ = 0;
 };

@@ -6,6 +6,7 @@
 
 #include "app/Skins.hpp"
 #include "app/win/MainWindow.hpp"
+#include "support/ScriptedService.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/MessagePump.hpp"
 
@@ -37,9 +38,11 @@ protected:
             }
             return [answer = answer_] { return answer; };
         };
+        jobs.api = service_; // nothing scripted: ratings and playtime fail at once, without a network
         const DataPaths paths{folder_.path() / "data", folder_.path() / "games"};
-        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths,
-                                               defaultSettings(paths.defaultLibraryFolder),
+        Settings settings = defaultSettings(paths.defaultLibraryFolder);
+        settings.bearerToken = "token";
+        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths, std::move(settings),
                                                settingsFileIn(paths.dataFolder), std::move(jobs));
         ASSERT_TRUE(window_->create(SW_HIDE));
         test::pumpUntil([this] { return window_->statusText() == L"Library refreshed."; }, 5000);
@@ -51,8 +54,9 @@ protected:
     }
 
     test::TempFolder folder_;
+    std::shared_ptr<test::ScriptedService> service_ = std::make_shared<test::ScriptedService>();
     std::vector<std::string> queries_;
-    LibraryResult answer_{true, {}, {}};
+    LibraryResult answer_{.succeeded = true, .entitlements = {Entitlement{"e1", "u1", "t1", false}}};
     std::function<LibraryResult()> nextProducer_; // used once instead of answer_
     std::unique_ptr<MainWindow> window_;
 };
@@ -89,23 +93,36 @@ TEST_F(MainWindowTest, ControlsSitWhereTheLayoutPutsThemAtAKnownClientSize) {
         EXPECT_EQ(hwndText(control), text);
     }
 
-    const std::vector<std::pair<std::wstring, int>> columns = {
-        {L"Title", 320}, {L"State", 110}, {L"Category", 140}, {L"Platform", 110}, {L"Rating", 90}};
-    for (size_t i = 0; i < columns.size(); ++i) {
+    // The columns fill the list's rows exactly (no horizontal scroll bar), room for the
+    // vertical scroll bar kept, and the Rating column keeps its full width.
+    HWND list = window_->control(command::List);
+    RECT listClient{};
+    GetClientRect(list, &listClient);
+    const bool hasScrollBar = (GetWindowLongW(list, GWL_STYLE) & WS_VSCROLL) != 0;
+    const int rowWidth = listClient.right - (hasScrollBar ? 0 : GetSystemMetrics(SM_CXVSCROLL));
+    const std::vector<std::wstring> titles = {L"Title", L"State", L"Category", L"Platform", L"Rating"};
+    int total = 0;
+    for (size_t i = 0; i < titles.size(); ++i) {
         wchar_t title[32] = {};
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_WIDTH;
         column.pszText = title;
         column.cchTextMax = 32;
-        ASSERT_TRUE(ListView_GetColumn(window_->control(command::List), static_cast<int>(i), &column));
-        EXPECT_EQ(std::make_pair(std::wstring(title), column.cx), columns[i]);
+        ASSERT_TRUE(ListView_GetColumn(list, static_cast<int>(i), &column));
+        EXPECT_EQ(std::wstring(title), titles[i]);
+        total += column.cx;
+        if (i == 4) {
+            EXPECT_EQ(column.cx, 90);
+        }
     }
+    EXPECT_EQ(total, rowWidth);
+    EXPECT_EQ(GetWindowLongW(list, GWL_STYLE) & WS_HSCROLL, 0);
 }
 
 TEST_F(MainWindowTest, RefreshResultsFillTheListAndAFailureOnlySetsTheStatus) {
-    LibraryItem row;
-    row.name = "Sky Forge";
-    answer_.rows = {row, row};
+    SoftwareItem title;
+    title.name = "Sky Forge";
+    answer_.catalogue = {title, title};
     refreshAndWait(L"Library refreshed.");
     HWND list = window_->control(command::List);
     ASSERT_EQ(ListView_GetItemCount(list), 2);
@@ -115,7 +132,7 @@ TEST_F(MainWindowTest, RefreshResultsFillTheListAndAFailureOnlySetsTheStatus) {
     ListView_GetItemRect(list, 1, &second, LVIR_BOUNDS);
     EXPECT_EQ(second.top - first.top, 24);
 
-    answer_ = {false, {}, "Refresh failed: HTTP request failed"};
+    answer_ = LibraryResult{.succeeded = false, .errorText = "Refresh failed: HTTP request failed"};
     refreshAndWait(L"Refresh failed: HTTP request failed");
     EXPECT_EQ(ListView_GetItemCount(list), 2);
 
@@ -134,7 +151,7 @@ TEST_F(MainWindowTest, DestroyingTheWindowWaitsForTheJobStillRunning) {
         trace->threadId = GetCurrentThreadId();
         Sleep(500);
         trace->isFinished = true;
-        return LibraryResult{true, {}, {}};
+        return LibraryResult{.succeeded = true, .entitlements = {Entitlement{"e1", "u1", "t1", false}}};
     };
     SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
     ASSERT_TRUE(test::pumpUntil([&] { return trace->threadId != 0; }, 5000));

@@ -1,0 +1,97 @@
+#include "app/LibraryRefresh.hpp"
+
+#include "app/LibraryMerge.hpp"
+#include "base/Utf8Path.hpp"
+#include "stores/StoreScanners.hpp"
+
+#include <exception>
+#include <set>
+#include <system_error>
+#include <unordered_set>
+
+namespace corvandell {
+namespace {
+
+void scanStores(const StoreHost& stores, LibraryResult& result) {
+    const ScanReport report = scanAllStores(stores);
+    for (const DetectedGame& game : report.games) {
+        (game.steamAppId.empty() ? result.storeRows : result.steamRows).push_back(rowFromDetectedGame(game));
+    }
+}
+
+// The games everyone shared, then the user's own that are not listed yet.
+std::vector<RepositoryGame> browserGames(IApiClient& api) {
+    std::vector<RepositoryGame> games = api.listRepositoryGames();
+    std::unordered_set<std::string> seen;
+    for (const RepositoryGame& game : games) {
+        seen.insert(game.id);
+    }
+    for (RepositoryGame& game : api.listMyRepositoryGames()) {
+        if (seen.insert(game.id).second) {
+            games.push_back(std::move(game));
+        }
+    }
+    return games;
+}
+
+void findClones(const std::filesystem::path& dataFolder, LibraryResult& result) {
+    for (const RepositoryGame& game : result.browserGames) {
+        if (game.launchPath.starts_with("https://")) {
+            continue;
+        }
+        const std::filesystem::path folder = browserGameCloneFolder(dataFolder, game);
+        std::error_code error;
+        if (std::filesystem::is_directory(folder, error)) {
+            result.cloneFolders[game.id] = pathToUtf8(folder);
+        }
+    }
+}
+
+void askLatestBuilds(IApiClient& api, const std::vector<LibraryRecord>& installedGames,
+                     LibraryResult& result) {
+    std::set<std::string> installed;
+    for (const LibraryRecord& record : installedGames) {
+        installed.insert(record.titleId);
+    }
+    for (const SoftwareItem& item : result.catalogue) {
+        if (installed.contains(item.id)) {
+            result.latestVersions[item.id] = api.latestBuild(item.id).version;
+        }
+    }
+}
+
+} // namespace
+
+std::filesystem::path browserGameCloneFolder(const std::filesystem::path& dataFolder,
+                                             const RepositoryGame& game) {
+    return dataFolder / "github" / pathFromUtf8(game.ownerLogin + "-" + game.repoName);
+}
+
+LibraryResult gatherLibrary(IApiClient& api, const StoreHost& stores, const std::filesystem::path& dataFolder,
+                            const std::vector<LibraryRecord>& installedGames,
+                            const std::string& query) noexcept {
+    LibraryResult result;
+    try {
+        result.query = query;
+        scanStores(stores, result);
+        result.browserGames = browserGames(api);
+        findClones(dataFolder, result);
+        result.catalogue = api.listSoftware("name", query, "", "windows");
+        try {
+            result.entitlements = api.listEntitlements();
+        } catch (const std::exception&) {
+            // Reported by the status line as entitlements being unavailable.
+        }
+        askLatestBuilds(api, installedGames, result);
+        result.succeeded = true;
+    } catch (const std::exception& error) {
+        result.succeeded = false;
+        result.errorText = std::string("Refresh failed: ") + error.what();
+    } catch (...) {
+        result.succeeded = false;
+        result.errorText = "Refresh failed: unexpected error";
+    }
+    return result;
+}
+
+} // namespace corvandell
