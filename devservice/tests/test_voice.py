@@ -67,6 +67,24 @@ class VoiceRelayTest(ServerTestCase):
                     await ws.close()
         asyncio.run(round_trip())
 
+    def test_one_speakers_frames_arrive_in_order_and_an_oversized_one_closes_its_socket(self) -> None:
+        async def burst() -> None:
+            async with aiohttp.ClientSession() as http:
+                ann, ben = [await self.connect(http, name) for name in ("ann", "ben")]
+                frames = [bytes([i]) * 640 for i in range(40)]
+                for frame in frames:
+                    await ann.send_bytes(frame)
+                self.assertEqual([(await next_binary(ben))[16:] for _ in frames], frames)
+
+                await ben.send_bytes(b"\x00" * (8192 - 16))  # the largest a listener can be sent
+                self.assertEqual(len(await next_binary(ann)), 8192)
+                await ben.send_bytes(b"\x00" * (8192 - 15))
+                closing = await ben.receive(timeout=3)
+                self.assertEqual((closing.type, closing.data), (aiohttp.WSMsgType.CLOSE, 1009))
+                self.assertIsNone(await next_binary(ann, QUIET_SECONDS))
+                await ann.close()
+        asyncio.run(burst())
+
     def test_only_signed_in_members_may_connect(self) -> None:
         async def status_of(name: str) -> int:
             async with aiohttp.ClientSession() as http:
