@@ -1,35 +1,4 @@
-// Base of every top-level window: one static window procedure routes to the object.
-//
-// CreateWindowExW gets `this` as its creation parameter; WM_NCCREATE stores it in the
-// window's user data and records the handle, and from then on every message reaches the
-// virtual handleMessage. Messages before WM_NCCREATE go to the default procedure. The
-// derived class destroys its window while it is still whole, never from this destructor.
+// The window base moved to base/win/ so the subsystems' windows share it.
 #pragma once
 
-#include <windows.h>
-
-#include <string>
-
-namespace corvandell::win {
-
-class Window {
-public:
-    Window() = default;
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-    virtual ~Window() = default;
-
-    HWND hwnd() const noexcept { return hwnd_; }
-
-protected:
-    static LRESULT CALLBACK windowProcedure(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-    // Never lets an exception out: a window procedure is a C callback.
-    virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept = 0;
-
-    HWND hwnd_ = nullptr;
-};
-
-// A window's whole text (a control's caption or contents).
-std::wstring hwndText(HWND hwnd);
-
-} // namespace corvandell::win
+#include "base/win/Window.hpp"
