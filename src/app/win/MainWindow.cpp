@@ -4,6 +4,7 @@
 
 #include <commctrl.h>
 
+#include "app/win/FriendsLauncher.hpp"
 #include "app/win/MainWindow.hpp"
 #include "app/win/SingleInstance.hpp"
 #include "app/win/StarIcon.hpp"
@@ -316,6 +317,8 @@ void MainWindow::onCommand(int id, int notification) {
                 ShowWindow(open, SW_RESTORE);
             }
             SetForegroundWindow(open);
+        } else if (id == command::Friends) {
+            setChildWindow(ChildKind::Friends, openFriendsWindow(instance_, hwnd_, &settings_));
         }
         return;
     default:
