@@ -217,13 +217,15 @@ void ChatWindow::load() {
 }
 
 void ChatWindow::onLoad(std::unique_ptr<ChatLoad> result) {
+    // The transcript is rebuilt: "Connecting..." and anything said while connecting go.
     if (!result->succeeded) {
-        append("Chat load failed: " + result->errorText + "\r\n");
+        setControlText(transcriptEdit_, widen("Chat load failed: " + result->errorText + "\r\n"));
         return;
     }
     conversation_ = std::move(result->conversation);
     SetWindowTextW(hwnd_, widen(conversationTitle(*conversation_)).c_str());
-    append(transcriptHeading(conversationTitle(*conversation_)) + transcript_.merge(result->messages));
+    setControlText(transcriptEdit_, widen(transcriptHeading(conversationTitle(*conversation_)) +
+                                          transcript_.merge(result->messages)));
 }
 
 void ChatWindow::sendCurrentMessage() {

@@ -136,7 +136,9 @@ void VoiceChannel::receiveLoop() noexcept {
         }
         pcm.assign(payload.begin(), payload.end());
         voice::applyVolume(pcm, outputVolumePercent_);
-        if (playback_.play(pcm)) {
+        const bool isPlayed = playback_.play(pcm);
+        queuedPlaybackBlocks_ = playback_.queuedBlocks();
+        if (isPlayed) {
             notifyObserver(VoiceBlockEvent::Played, pcm);
         }
     }

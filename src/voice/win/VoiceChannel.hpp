@@ -62,6 +62,9 @@ public:
     bool isMuted() const noexcept { return isMuted_; }
     bool isRunning() const noexcept { return isRunning_; }
     std::string failureText() const;
+    // Blocks written to the speakers and not yet played, as of the last write: each is 20 ms
+    // that a newly written block waits before it is heard.
+    std::size_t queuedPlaybackBlocks() const noexcept { return queuedPlaybackBlocks_; }
 
     // Set before start.
     void setObserver(VoiceBlockObserver observer) { observer_ = std::move(observer); }
@@ -81,6 +84,7 @@ private:
     std::string failureText_;
     std::atomic<bool> isRunning_{false};
     std::atomic<bool> isMuted_{false};
+    std::atomic<std::size_t> queuedPlaybackBlocks_{0};
     std::unique_ptr<VoiceSocket> socket_;
     WaveCapture capture_;
     WavePlayback playback_;

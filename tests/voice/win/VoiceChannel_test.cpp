@@ -20,7 +20,6 @@
 #include <atomic>
 #include <cmath>
 #include <cstdint>
-#include <deque>
 #include <iostream>
 #include <map>
 #include <mutex>
@@ -34,7 +33,8 @@ namespace corvandell::win {
 namespace {
 
 constexpr UINT kVoiceEndMessage = WM_APP + 5;
-constexpr double kToneHz = 731.0;
+// Not a whole number of cycles per 20 ms block, so no two blocks of the tone are equal.
+constexpr double kToneHz = 731.37;
 constexpr int kLoudPeak = 4000;
 
 std::string deviceContaining(const std::vector<std::string>& names, std::string_view part) {
@@ -180,33 +180,53 @@ double nowMs() {
 }
 
 // Times each loud block from the moment one side sent it to the moment the other queued it
-// to its speakers. Blocks are told apart by their bytes, which the relay leaves unchanged; a
-// steady tone repeats a block now and then, and as the relay keeps order, equal blocks are
-// matched first sent, first played.
+// to its speakers. Blocks are told apart by their bytes, which the relay leaves unchanged
+// (the tone's blocks all differ). The listener may queue a block before the speaker's send
+// call has even returned, so whichever event comes second completes the pair.
 class BlockClock {
 public:
     void sent(std::span<const std::uint8_t> pcm) {
         if (peakOf(pcm) < kLoudPeak) {
             return;
         }
+        const double at = nowMs();
         std::lock_guard lock(mutex_);
-        sentAtMs_[key(pcm)].push_back(nowMs());
+        if (firstLoudSentMs_ == 0.0) {
+            firstLoudSentMs_ = at;
+        }
+        if (const auto found = played_.find(key(pcm)); found != played_.end()) {
+            pair(at, found->second.first, found->second.second);
+            played_.erase(found);
+            return;
+        }
+        sent_.emplace(key(pcm), at);
     }
-    void played(std::span<const std::uint8_t> pcm) {
+    // `queuedBlocks`: what the speakers had queued once this block was written.
+    void played(std::span<const std::uint8_t> pcm, std::size_t queuedBlocks) {
         if (peakOf(pcm) < kLoudPeak) {
             return;
         }
         const double at = nowMs();
         std::lock_guard lock(mutex_);
-        if (const auto found = sentAtMs_.find(key(pcm)); found != sentAtMs_.end() && !found->second.empty()) {
-            delaysMs_.push_back(at - found->second.front());
-            found->second.pop_front();
-        }
         ++loudPlayed_;
+        if (const auto found = sent_.find(key(pcm)); found != sent_.end()) {
+            pair(found->second, at, queuedBlocks);
+            sent_.erase(found);
+            return;
+        }
+        played_.emplace(key(pcm), std::make_pair(at, queuedBlocks));
     }
     std::vector<double> delaysMs() {
         std::lock_guard lock(mutex_);
         return delaysMs_;
+    }
+    std::vector<double> mouthToEarMs() {
+        std::lock_guard lock(mutex_);
+        return mouthToEarMs_;
+    }
+    double firstLoudSentMs() {
+        std::lock_guard lock(mutex_);
+        return firstLoudSentMs_;
     }
     int loudPlayed() {
         std::lock_guard lock(mutex_);
@@ -215,9 +235,21 @@ public:
 
 private:
     static std::string key(std::span<const std::uint8_t> pcm) { return {pcm.begin(), pcm.end()}; }
+    void pair(double sentMs, double playedMs, std::size_t queuedBlocks) {
+        const double delay = std::max(0.0, playedMs - sentMs);
+        delaysMs_.push_back(delay);
+        // Capture fills a block in 20 ms and is polled every 5 ms; the speakers play what was
+        // queued before this block first, 20 ms a block.
+        mouthToEarMs_.push_back(25.0 + delay +
+                                20.0 * static_cast<double>(queuedBlocks > 0 ? queuedBlocks - 1 : 0));
+    }
+
     std::mutex mutex_;
-    std::map<std::string, std::deque<double>> sentAtMs_;
+    std::map<std::string, double> sent_;
+    std::map<std::string, std::pair<double, std::size_t>> played_;
     std::vector<double> delaysMs_;
+    std::vector<double> mouthToEarMs_;
+    double firstLoudSentMs_ = 0.0;
     int loudPlayed_ = 0;
 };
 
@@ -278,7 +310,8 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
         event == VoiceBlockEvent::Sent ? clock.sent(pcm) : static_cast<void>(++annPlayed);
     });
     ben.setObserver([&](VoiceBlockEvent event, std::span<const std::uint8_t> pcm) {
-        event == VoiceBlockEvent::Played ? clock.played(pcm) : static_cast<void>(++benSent);
+        event == VoiceBlockEvent::Played ? clock.played(pcm, ben.queuedPlaybackBlocks())
+                                         : static_cast<void>(++benSent);
     });
     ASSERT_TRUE(ann.start(roomId_, annOptions)) << ann.failureText();
     ASSERT_TRUE(ben.start(roomId_, benOptions)) << ben.failureText();
@@ -286,7 +319,9 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
 
     Recorder recorder(waveInDeviceNamed(benRecording));
     ASSERT_TRUE(recorder.isOpen());
+    double toneStartMs = 0.0;
     {
+        toneStartMs = nowMs();
         Player player(waveOutDeviceNamed(deviceContaining(outputs, "CorvA")), tone(3.0));
         ASSERT_TRUE(player.isOpen());
         // A second of tone heard on Ben's side, then the rest of it.
@@ -303,10 +338,21 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
     std::vector<double> delays = clock.delaysMs();
     ASSERT_FALSE(delays.empty());
 
-    std::sort(delays.begin(), delays.end());
-    std::cout << "relay path, send to playback start, " << delays.size() << " tone blocks: median "
-              << delays[delays.size() / 2] << " ms, 90th percentile " << delays[delays.size() * 9 / 10]
-              << " ms, max " << delays.back() << " ms\n";
+    std::vector<double> mouthToEar = clock.mouthToEarMs();
+    const auto median = [](std::vector<double> values) {
+        std::sort(values.begin(), values.end());
+        return values[values.size() / 2];
+    };
+    const auto worst = [](const std::vector<double>& values) {
+        return *std::max_element(values.begin(), values.end());
+    };
+    std::cout << delays.size()
+              << " tone blocks matched. Send to playback start (socket, relay, socket): median "
+              << median(delays) << " ms, max " << worst(delays)
+              << " ms. Capture to heard (25 ms capture + that + "
+              << "the speakers' queue): median " << median(mouthToEar) << " ms, max " << worst(mouthToEar)
+              << " ms. Tone written on this rig to first loud block sent: "
+              << clock.firstLoudSentMs() - toneStartMs << " ms\n";
 
     // The service closes Ann's socket when she leaves through the API; her channel ends by
     // itself and says so, and stopping it afterwards is quiet.
