@@ -85,6 +85,19 @@ class VoiceRelayTest(ServerTestCase):
                 await ann.close()
         asyncio.run(burst())
 
+    def test_the_frames_hook_sends_one_message_in_fragments(self) -> None:
+        async def fragments() -> None:
+            async with aiohttp.ClientSession() as http:
+                ben = await self.connect(http, "ben")
+                frames = [{"opcode": 2, "fin": False, "hex": "0011"}, {"opcode": 0, "fin": False, "hex": "22"},
+                          {"opcode": 0, "fin": True, "hex": "3344"}]
+                pushed = self.server.ok("POST", "/__test/voice-frames",
+                                 {"roomId": self.room, "userId": self.users["ben"]["userId"], "frames": frames})
+                self.assertEqual(pushed["sockets"], 1)
+                self.assertEqual(await next_binary(ben), bytes.fromhex("0011223344"))
+                await ben.close()
+        asyncio.run(fragments())
+
     def test_only_signed_in_members_may_connect(self) -> None:
         async def status_of(name: str) -> int:
             async with aiohttp.ClientSession() as http:

@@ -9,6 +9,7 @@
 
 #include "api/JsonText.hpp"
 #include "support/win/MessagePump.hpp"
+#include "support/win/ServiceStandIn.hpp"
 #include "support/win/SocialUsers.hpp"
 #include "voice/VoiceFormat.hpp"
 #include "voice/win/VoiceChannel.hpp"
@@ -368,6 +369,74 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
     ann.stop();
     ben.stop();
     EXPECT_FALSE(ben.isRunning());
+}
+
+std::string hexOf(const std::vector<std::uint8_t>& bytes) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string hex;
+    for (const std::uint8_t byte : bytes) {
+        hex += kDigits[byte >> 4];
+        hex += kDigits[byte & 0x0F];
+    }
+    return hex;
+}
+
+TEST_F(VoiceChannelTest, AFragmentedMessagePlaysWholeAndHeadersAloneOrTextPlayNothing) {
+    test::PostBox box;
+    VoiceChannel ann(box.hwnd(), kVoiceEndMessage);
+    std::mutex mutex;
+    std::vector<std::vector<std::uint8_t>> played;
+    ann.setObserver([&](VoiceBlockEvent event, std::span<const std::uint8_t> pcm) {
+        if (event == VoiceBlockEvent::Played) {
+            std::lock_guard lock(mutex);
+            played.emplace_back(pcm.begin(), pcm.end());
+        }
+    });
+    ASSERT_TRUE(ann.start(roomId_, optionsOf(ann_))) << ann.failureText();
+
+    std::vector<std::uint8_t> header(16, 0xAB);
+    std::vector<std::uint8_t> block(640);
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        block[i] = static_cast<std::uint8_t>(i * 7);
+    }
+    std::vector<std::uint8_t> message = header;
+    message.insert(message.end(), block.begin(), block.end());
+    const auto piece = [&](std::size_t from, std::size_t to) {
+        return hexOf(std::vector<std::uint8_t>(message.begin() + static_cast<std::ptrdiff_t>(from),
+                                               message.begin() + static_cast<std::ptrdiff_t>(to)));
+    };
+    const std::vector<std::uint8_t> marker(64, 0x11);
+    std::vector<std::uint8_t> markerMessage = header;
+    markerMessage.insert(markerMessage.end(), marker.begin(), marker.end());
+    const std::string frames =
+        "[{\"opcode\":2,\"fin\":false,\"hex\":\"" + piece(0, 10) + "\"}," +             // the header, cut
+        "{\"opcode\":0,\"fin\":false,\"hex\":\"" + piece(10, 300) + "\"}," +            // into three pieces
+        "{\"opcode\":0,\"fin\":true,\"hex\":\"" + piece(300, message.size()) + "\"}," + //
+        "{\"opcode\":2,\"fin\":true,\"hex\":\"" + hexOf(header) + "\"}," +              // a header alone
+        "{\"opcode\":1,\"fin\":true,\"hex\":\"68656c6c6f\"}," +                         // text
+        "{\"opcode\":2,\"fin\":true,\"hex\":\"" + hexOf(markerMessage) + "\"}]";
+    const std::string pushed = callStandIn("POST", "/__test/voice-frames",
+                                           "{\"roomId\":\"" + roomId_ + "\",\"userId\":\"" + ann_.userId +
+                                               "\",\"frames\":" + frames + "}");
+    ASSERT_EQ(readInt(pushed, "sockets", 0), 1) << pushed;
+    for (int waitedMs = 0; waitedMs < 5000; waitedMs += 10) {
+        std::lock_guard lock(mutex);
+        if (played.size() >= 2) {
+            break;
+        }
+        Sleep(10);
+    }
+    Sleep(200); // nothing more is to come
+    {
+        std::lock_guard lock(mutex);
+        ASSERT_EQ(played.size(), 2u);
+        EXPECT_EQ(played[0], block);
+        EXPECT_EQ(played[1], marker);
+    }
+    EXPECT_TRUE(ann.isRunning());
+    ann.stop();
+    MSG ended{};
+    EXPECT_FALSE(box.take(kVoiceEndMessage, ended)); // a stop asked for is not reported
 }
 
 TEST_F(VoiceChannelTest, ASocketTheServiceRefusesLeavesTheChannelStoppedWithTheStatus) {
