@@ -21,6 +21,8 @@ bool VoiceChannel::start(const std::string& roomId, const VoiceChannelOptions& o
     if (isRunning_) {
         return true;
     }
+    // A connection that ended by itself leaves its threads to be joined.
+    tearDown();
     failureText_.clear();
     inputVolumePercent_ = options.inputVolumePercent;
     outputVolumePercent_ = options.outputVolumePercent;
@@ -45,21 +47,16 @@ bool VoiceChannel::start(const std::string& roomId, const VoiceChannelOptions& o
     }
     // Reached only when something failed before the threads existed, or when a thread
     // could not be started: then undo whatever is up.
-    isRunning_ = false;
-    if (socket_) {
-        socket_->shutdown();
-    }
-    if (receiveThread_.joinable()) {
-        receiveThread_.join();
-    }
-    capture_.close();
-    playback_.close();
-    socket_.reset();
+    tearDown();
     return false;
 }
 
 void VoiceChannel::stop() noexcept {
     std::lock_guard lock(lifecycle_);
+    tearDown();
+}
+
+void VoiceChannel::tearDown() noexcept {
     isRunning_ = false;
     if (socket_) {
         socket_->shutdown();

@@ -70,6 +70,8 @@ public:
     void setObserver(VoiceBlockObserver observer) { observer_ = std::move(observer); }
 
 private:
+    // Shuts the socket down, joins the threads, closes the devices; lifecycle_ is held.
+    void tearDown() noexcept;
     void captureLoop() noexcept;
     void receiveLoop() noexcept;
     void notifyObserver(VoiceBlockEvent event, std::span<const std::uint8_t> pcm) noexcept;

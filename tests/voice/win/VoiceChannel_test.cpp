@@ -366,6 +366,10 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
     ASSERT_TRUE(annBox.take(kVoiceEndMessage, ended));
     EXPECT_EQ(static_cast<VoiceEnd>(ended.wParam), VoiceEnd::ClosedByService);
     EXPECT_FALSE(ann.isRunning());
+    // Joining again starts the same channel again, its ended threads tidied first.
+    test::callAs(ann_, "POST", "/api/v1/voice/rooms/" + roomId_ + "/join");
+    EXPECT_TRUE(ann.start(roomId_, annOptions)) << ann.failureText();
+    EXPECT_TRUE(ann.isRunning());
     ann.stop();
     ben.stop();
     EXPECT_FALSE(ben.isRunning());
