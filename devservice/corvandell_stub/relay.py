@@ -21,6 +21,15 @@ def sender_header(user_id: str) -> bytes:
     return uuid.UUID(user_id).bytes
 
 
+def frame_bytes(opcode: int, fin: bool, payload: bytes) -> bytes:
+    first = (0x80 if fin else 0) | opcode
+    if len(payload) < 126:
+        return bytes([first, len(payload)]) + payload
+    if len(payload) < 1 << 16:
+        return bytes([first, 126]) + len(payload).to_bytes(2, "big") + payload
+    return bytes([first, 127]) + len(payload).to_bytes(8, "big") + payload
+
+
 class VoiceHub:
     """room id -> user id -> open sockets (a user may connect twice, e.g. two clients)."""
 
@@ -51,6 +60,16 @@ class VoiceHub:
         ]
         results = await asyncio.gather(*(ws.send_bytes(frame) for ws in targets), return_exceptions=True)
         return sum(1 for result in results if not isinstance(result, BaseException))
+
+    def push_raw_frames(self, room_id: str, user_id: str, frames: list[tuple[int, bool, bytes]]) -> int:
+        """Writes hand-made frames (opcode, FIN flag, payload) to a member's sockets, for tests
+        of what the real relay never sends itself: a message fragmented over several frames.
+        Server frames are unmasked; returns how many sockets got them."""
+        sockets = [ws for ws in self.rooms.get(room_id, {}).get(user_id, set()) if not ws.closed]
+        wire = b"".join(frame_bytes(opcode, fin, payload) for opcode, fin, payload in frames)
+        for ws in sockets:
+            ws._writer.transport.write(wire)  # below aiohttp, which only writes whole messages
+        return len(sockets)
 
     async def disconnect(self, room_id: str, user_id: str, code: int = 1000) -> None:
         """Closes a user's sockets in a room, used when they leave it through the API."""

@@ -111,6 +111,20 @@ async def github_account(request: web.Request) -> web.Response:
     return reply({"userId": user["id"], "login": svc.github_accounts[user["id"]]})
 
 
+async def voice_frames(request: web.Request) -> web.Response:
+    """Sends raw WebSocket frames to a user's voice sockets in a room:
+    {"roomId","userId","frames":[{"opcode":0|1|2,"fin":bool,"hex":"..."}]}."""
+    svc = ctx(request)
+    body = await body_of(request)
+    frames = []
+    for frame in body.get("frames", []):
+        if not isinstance(frame, dict) or frame.get("opcode") not in (0, 1, 2):
+            raise ApiError(400, "invalid_field", "Each frame needs an opcode of 0, 1 or 2.")
+        frames.append((frame["opcode"], bool(frame.get("fin", True)), bytes.fromhex(str(frame.get("hex", "")))))
+    sent = svc.voice.push_raw_frames(text_field(body, "roomId"), text_field(body, "userId"), frames)
+    return reply({"sockets": sent})
+
+
 async def outbox(request: web.Request) -> web.Response:
     return listing(read_outbox(ctx(request)))
 
@@ -122,5 +136,6 @@ def routes() -> list[web.RouteDef]:
         web.post(HOOK_PREFIX + "reply", script_reply),
         web.post(HOOK_PREFIX + "clock", advance_clock),
         web.get(HOOK_PREFIX + "outbox", outbox),
+        web.post(HOOK_PREFIX + "voice-frames", voice_frames),
         web.post(HOOK_PREFIX + "github-account", github_account),
     ]

@@ -121,7 +121,9 @@ async def voice_socket(request: web.Request) -> web.StreamResponse:
     room = find_room(svc, user, request.query.get("roomId", ""))
     if room["status"] != "active" or not is_in_room(svc, room["id"], user["id"]):
         raise ApiError(403, "not_in_room", "Join the voice room before connecting.")
-    ws = web.WebSocketResponse(heartbeat=None, autoping=True, compress=False, max_msg_size=MAX_PAYLOAD_BYTES)
+    # aiohttp refuses a message whose size reaches max_msg_size, so the limit is one more
+    # than the largest payload a listener's 8192-byte buffer can take behind the header.
+    ws = web.WebSocketResponse(heartbeat=None, autoping=True, compress=False, max_msg_size=MAX_PAYLOAD_BYTES + 1)
     await ws.prepare(request)
     svc.voice.add(room["id"], user["id"], ws)
     try:

@@ -67,6 +67,37 @@ class VoiceRelayTest(ServerTestCase):
                     await ws.close()
         asyncio.run(round_trip())
 
+    def test_one_speakers_frames_arrive_in_order_and_an_oversized_one_closes_its_socket(self) -> None:
+        async def burst() -> None:
+            async with aiohttp.ClientSession() as http:
+                ann, ben = [await self.connect(http, name) for name in ("ann", "ben")]
+                frames = [bytes([i]) * 640 for i in range(40)]
+                for frame in frames:
+                    await ann.send_bytes(frame)
+                self.assertEqual([(await next_binary(ben))[16:] for _ in frames], frames)
+
+                await ben.send_bytes(b"\x00" * (8192 - 16))  # the largest a listener can be sent
+                self.assertEqual(len(await next_binary(ann)), 8192)
+                await ben.send_bytes(b"\x00" * (8192 - 15))
+                closing = await ben.receive(timeout=3)
+                self.assertEqual((closing.type, closing.data), (aiohttp.WSMsgType.CLOSE, 1009))
+                self.assertIsNone(await next_binary(ann, QUIET_SECONDS))
+                await ann.close()
+        asyncio.run(burst())
+
+    def test_the_frames_hook_sends_one_message_in_fragments(self) -> None:
+        async def fragments() -> None:
+            async with aiohttp.ClientSession() as http:
+                ben = await self.connect(http, "ben")
+                frames = [{"opcode": 2, "fin": False, "hex": "0011"}, {"opcode": 0, "fin": False, "hex": "22"},
+                          {"opcode": 0, "fin": True, "hex": "3344"}]
+                pushed = self.server.ok("POST", "/__test/voice-frames",
+                                 {"roomId": self.room, "userId": self.users["ben"]["userId"], "frames": frames})
+                self.assertEqual(pushed["sockets"], 1)
+                self.assertEqual(await next_binary(ben), bytes.fromhex("0011223344"))
+                await ben.close()
+        asyncio.run(fragments())
+
     def test_only_signed_in_members_may_connect(self) -> None:
         async def status_of(name: str) -> int:
             async with aiohttp.ClientSession() as http:

@@ -6,7 +6,7 @@ CORVANDELL_PACKAGES=(
     googletest libgtest-dev libgmock-dev libbenchmark-dev
     g++-mingw-w64-x86-64-posix
     wine wine64
-    xvfb xauth x11-utils xdotool imagemagick
+    xvfb xauth x11-utils xdotool imagemagick pulseaudio
     python3 python3-aiohttp python3-cryptography
     zlib1g-dev libssl-dev
 )

@@ -8,6 +8,7 @@
 #include "app/LibraryActivity.hpp"
 #include "app/LibraryMerge.hpp"
 #include "app/LibraryRefresh.hpp"
+#include "app/win/FriendsLauncher.hpp"
 #include "app/win/MainWindow.hpp"
 #include "app/win/SingleInstance.hpp"
 #include "app/win/StarIcon.hpp"
@@ -424,6 +425,8 @@ void MainWindow::onCommand(int id, int notification) {
                 ShowWindow(open, SW_RESTORE);
             }
             SetForegroundWindow(open);
+        } else if (id == command::Friends) {
+            setChildWindow(ChildKind::Friends, openFriendsWindow(instance_, hwnd_, &settings_));
         }
         return;
     default:

@@ -4,6 +4,8 @@
 // window's user data and records the handle, and from then on every message reaches the
 // virtual handleMessage. Messages before WM_NCCREATE go to the default procedure. The
 // derived class destroys its window while it is still whole, never from this destructor.
+// A window that nobody else owns (a chat window) deletes itself in onFinalMessage, which
+// runs after the last message, once the base no longer touches the object.
 #pragma once
 
 #include <windows.h>
@@ -25,6 +27,7 @@ protected:
     static LRESULT CALLBACK windowProcedure(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
     // Never lets an exception out: a window procedure is a C callback.
     virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept = 0;
+    virtual void onFinalMessage() noexcept {}
 
     HWND hwnd_ = nullptr;
 };

@@ -1,0 +1,117 @@
+// By hand only (disabled in ctest): the friends window and a group chat as the seeded demo
+// user sees them in the dark skin, saved as BMP files into CORVANDELL_SCREENSHOT_DIR so a
+// person can look at them. scripts/social-screenshots runs it and turns them into PNGs.
+#include <windows.h>
+
+#include "app/Skins.hpp"
+#include "app/win/FriendsLauncher.hpp"
+#include "base/win/UniqueHandle.hpp"
+#include "base/win/WideText.hpp"
+#include "base/win/Window.hpp"
+#include "social/win/SocialIds.hpp"
+#include "support/win/MessagePump.hpp"
+#include "support/win/ServiceStandIn.hpp"
+#include "support/win/SocialUsers.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace corvandell::win {
+namespace {
+
+// The window as it is on screen, frame included, as a 24-bit bottom-up BMP file.
+bool saveWindowBmp(HWND window, const std::filesystem::path& file) {
+    RECT rect{};
+    GetWindowRect(window, &rect);
+    const int width = rect.right - rect.left;
+    const int height = rect.bottom - rect.top;
+    HDC windowDc = GetWindowDC(window);
+    const UniqueMemoryDc memoryDc(CreateCompatibleDC(windowDc));
+    const UniqueBitmap bitmap(CreateCompatibleBitmap(windowDc, width, height));
+    {
+        const ScopedSelect select(memoryDc.get(), bitmap.get());
+        BitBlt(memoryDc.get(), 0, 0, width, height, windowDc, 0, 0, SRCCOPY);
+    }
+    BITMAPINFOHEADER info{};
+    info.biSize = sizeof(info);
+    info.biWidth = width;
+    info.biHeight = height;
+    info.biPlanes = 1;
+    info.biBitCount = 24;
+    info.biCompression = BI_RGB;
+    const int stride = (width * 3 + 3) & ~3;
+    std::vector<char> pixels(static_cast<std::size_t>(stride) * static_cast<std::size_t>(height));
+    const int lines = GetDIBits(memoryDc.get(), bitmap.get(), 0, static_cast<UINT>(height), pixels.data(),
+                                reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS);
+    ReleaseDC(window, windowDc);
+    if (lines != height) {
+        return false;
+    }
+    BITMAPFILEHEADER header{};
+    header.bfType = 0x4D42; // "BM"
+    header.bfOffBits = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
+    header.bfSize = header.bfOffBits + static_cast<DWORD>(pixels.size());
+    std::ofstream out(file, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(&header), sizeof(header));
+    out.write(reinterpret_cast<const char*>(&info), sizeof(info));
+    out.write(pixels.data(), static_cast<std::streamsize>(pixels.size()));
+    return static_cast<bool>(out);
+}
+
+TEST(SocialScreenshots, DISABLED_FriendsWindowAndAGroupChatAsTheDemoUserSeesThem) {
+    const wchar_t* folder = _wgetenv(L"CORVANDELL_SCREENSHOT_DIR");
+    ASSERT_NE(folder, nullptr) << "set CORVANDELL_SCREENSHOT_DIR";
+    applyTheme(chooseSkin(builtInSkins(), "dark"));
+    Settings demo = signedInSettings("demo");
+    test::StandInUser alice{"alice", "", signedInSettings("alice")};
+
+    HWND friends = openFriendsWindow(GetModuleHandleW(nullptr), nullptr, &demo);
+    ASSERT_NE(friends, nullptr);
+    HWND list = GetDlgItem(friends, social::kFriendsList);
+    ASSERT_TRUE(test::pumpUntil([&] { return SendMessageW(list, LB_GETCOUNT, 0, 0) >= 3; }, 10000));
+    SendMessageW(list, LB_SELITEMRANGE, TRUE, MAKELPARAM(0, 1)); // alice and bruno
+    SendMessageW(friends, WM_COMMAND, MAKEWPARAM(social::kChatSelectedButton, BN_CLICKED), 0);
+    std::vector<HWND> chats = test::windowsOfClass(L"CorvandellChatWindow");
+    ASSERT_EQ(chats.size(), 1u);
+    HWND chat = chats.front();
+    ASSERT_TRUE(test::pumpUntil([&] { return hwndText(chat) == L"alice, bruno"; }, 10000));
+
+    const std::string conversations = test::callAs(alice, "GET", "/api/v1/chat/conversations");
+    const std::size_t named = conversations.find("\"name\":\"alice, bruno\"");
+    ASSERT_NE(named, std::string::npos);
+    const std::size_t idAt = conversations.rfind("{\"id\":\"", named);
+    const std::string conversationId = conversations.substr(idAt + 7, 36);
+    test::callAs(alice, "POST", "/api/v1/chat/conversations/" + conversationId + "/messages",
+                 "{\"content\":\"Ember Keep raid at nine? Bring potions.\"}");
+    SetWindowTextW(GetDlgItem(chat, social::kMessageEdit), L"I'm in. Voice on in five.");
+    SendMessageW(chat, WM_COMMAND, MAKEWPARAM(social::kSendButton, BN_CLICKED), 0);
+    HWND transcript = GetDlgItem(chat, social::kTranscript);
+    ASSERT_TRUE(test::pumpUntil(
+        [&] {
+            const std::wstring text = hwndText(transcript);
+            return text.find(L"Bring potions.") != std::wstring::npos &&
+                   text.find(L"Voice on in five.") != std::wstring::npos;
+        },
+        10000));
+    SetWindowTextW(GetDlgItem(chat, social::kMessageEdit), L"typing...");
+
+    SetWindowPos(friends, HWND_TOP, 20, 20, 380, 560, SWP_SHOWWINDOW);
+    SetWindowPos(chat, HWND_TOP, 420, 20, 560, 480, SWP_SHOWWINDOW);
+    RedrawWindow(friends, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW | RDW_FRAME);
+    RedrawWindow(chat, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW | RDW_FRAME);
+    test::pumpUntil([] { return false; }, 800);
+    EXPECT_TRUE(saveWindowBmp(friends, std::filesystem::path(folder) / "friends-window.bmp"));
+    EXPECT_TRUE(saveWindowBmp(chat, std::filesystem::path(folder) / "group-chat.bmp"));
+    DestroyWindow(chat);
+    DestroyWindow(friends);
+}
+
+} // namespace
+} // namespace corvandell::win
