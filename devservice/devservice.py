@@ -32,6 +32,8 @@ def parse_args(argv: list[str]) -> argparse.Namespace:
     parser.add_argument("--data", type=Path, required=True, help="folder for the sqlite store and the outbox")
     parser.add_argument("--url-file", type=Path, help="write the base URL here once listening")
     parser.add_argument("--test-hooks", action="store_true", help="enable the /__test/ routes")
+    parser.add_argument("--offline-pages", action="store_true",
+                        help="seed hosted browser games on a closed loopback port, not their pages site")
     parser.add_argument("--dev-tokens", type=Path, help="write a fresh token pair of --dev-user here at start")
     parser.add_argument("--dev-user", default="demo", help="account for --dev-tokens (default: demo)")
     return parser.parse_args(argv)
@@ -53,7 +55,7 @@ def dev_tokens_text(svc: Service, username: str, url: str) -> str:
 
 
 async def serve(args: argparse.Namespace) -> None:
-    svc = open_service(args.data, args.test_hooks)
+    svc = open_service(args.data, args.test_hooks, args.offline_pages)
     runner = web.AppRunner(create_app(svc), access_log_format='%r %s %b')
     await runner.setup()
     site = web.TCPSite(runner, "127.0.0.1", args.port, shutdown_timeout=2.0)

@@ -25,10 +25,11 @@ def signing_key(db: Db) -> bytes:
     return bytes.fromhex(value)
 
 
-def open_service(data_dir: Path, test_hooks: bool) -> Service:
+def open_service(data_dir: Path, test_hooks: bool, offline_pages: bool = False) -> Service:
     data_dir.mkdir(parents=True, exist_ok=True)
     db = Db(data_dir / "devservice.sqlite3")
-    svc = Service(db=db, clock=Clock(), data_dir=data_dir, signing_key=signing_key(db), test_hooks=test_hooks)
+    svc = Service(db=db, clock=Clock(), data_dir=data_dir, signing_key=signing_key(db), test_hooks=test_hooks,
+                  offline_pages=offline_pages)
     seed_if_empty(svc)
     return svc
 

@@ -283,8 +283,19 @@ def seed_chat(svc: Service, now: float) -> None:
                fixed_id("message", f"{fixed_id('conversation', 'demo|alice')}:2"))
 
 
+# Port 1 on loopback: nothing listens there, so a fetch fails at once and stays local.
+OFFLINE_PAGES_BASE = "https://127.0.0.1:1"
+
+
+def seeded_launch_path(svc: Service, repo: str, launch: str) -> str:
+    if svc.offline_pages and launch.startswith("https://"):
+        return f"{OFFLINE_PAGES_BASE}/{repo}/"
+    return launch
+
+
 def seed_repo_games(svc: Service, now: float) -> None:
     for index, (who, owner, repo, name, launch, verified) in enumerate(REPO_GAMES):
+        launch = seeded_launch_path(svc, repo, launch)
         svc.db.run("INSERT INTO repo_games(id, owner_login, repo_name, repo_url, display_name, launch_path, "
                    "submitted_by, is_verified_owner, created_at) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)",
                    fixed_id("repo-game", f"{owner}/{repo}"), owner, repo, f"https://github.com/{owner}/{repo}",

@@ -38,6 +38,9 @@ class Service:
     data_dir: Path
     signing_key: bytes
     test_hooks: bool
+    # Seed hosted browser games at a loopback address that answers nothing instead of their
+    # pages site, so a test run's icon fetches never leave the machine.
+    offline_pages: bool = False
     voice: VoiceHub = field(default_factory=VoiceHub)
     file_cache: dict[str, bytes] = field(default_factory=dict)
     last_request: dict[str, Any] | None = None

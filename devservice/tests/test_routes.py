@@ -107,5 +107,19 @@ class ProcessTest(unittest.TestCase):
                 self.assertEqual(server.stop(), 0)
 
 
+
+class OfflinePagesTest(unittest.TestCase):
+    def test_hosted_games_stay_on_loopback_only_when_asked(self) -> None:
+        def hosted(*args: str) -> list[str]:
+            server = Server(*args)
+            try:
+                items = server.ok("GET", "/api/v1/github-games")["items"]
+            finally:
+                server.stop()
+            return [item["launchPath"] for item in items if item["launchPath"].startswith("https://")]
+        self.assertEqual(hosted(), ["https://chen-plays.github.io/pixel-garden/"])
+        self.assertEqual(hosted("--offline-pages"), ["https://127.0.0.1:1/pixel-garden/"])
+
+
 if __name__ == "__main__":
     unittest.main()
