@@ -54,11 +54,10 @@ struct DecodedPack {
     std::uint64_t packBytes = 0;
 };
 
-// Takes the reply by value so that it, and then the pack, are released as soon as each
-// has been read.
+// Takes the reply by value: the pack is gathered in its buffer, which is released as soon
+// as the pack has been decoded.
 DecodedPack decode_reply(std::string response, const ByteLimits& limits) {
-    std::string pack = pack_from_response(response);
-    std::string().swap(response);
+    std::string pack = pack_from_response(std::move(response));
     PackError error = PackError::None;
     auto objects = parse_packfile(pack, object_name, &error, limits);
     if (!objects) {
