@@ -134,9 +134,10 @@ public:
     }
 
 private:
-    std::array<std::uint16_t, 256> codes_{};
-    std::array<std::uint8_t, 256> lengths_{};
-    std::array<std::uint8_t, 256> bytes_{};
+    // Only the first count_ of each are ever read, so none is initialised.
+    std::array<std::uint16_t, 256> codes_;
+    std::array<std::uint8_t, 256> lengths_;
+    std::array<std::uint8_t, 256> bytes_;
     std::size_t count_ = 0;
 };
 
@@ -153,9 +154,20 @@ const std::uint32_t* code_length_entries() {
 }
 
 InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* table, std::size_t capacity) {
+    // Counted in two halves: consecutive symbols mostly share a length, and one counter
+    // would have each increment wait on the one before.
     std::array<int, 16> lengthCount{};
-    for (std::size_t symbol = 0; symbol < huffman.symbolCount; ++symbol) {
+    std::array<int, 16> oddCount{};
+    std::size_t symbol = 0;
+    for (; symbol + 1 < huffman.symbolCount; symbol += 2) {
         ++lengthCount[huffman.lengths[symbol]];
+        ++oddCount[huffman.lengths[symbol + 1]];
+    }
+    if (symbol < huffman.symbolCount) {
+        ++lengthCount[huffman.lengths[symbol]];
+    }
+    for (std::size_t length = 0; length < lengthCount.size(); ++length) {
+        lengthCount[length] += oddCount[length];
     }
     int unassigned = 1; // codes still free at the current depth
     for (unsigned length = 1; length <= kMaxCodeBits; ++length) {
@@ -179,8 +191,8 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
     for (unsigned length = 1; length < kMaxCodeBits; ++length) {
         firstSlot[length + 1] = static_cast<std::uint16_t>(firstSlot[length] + lengthCount[length]);
     }
-    std::array<std::uint16_t, 288> sorted{};
-    for (std::size_t symbol = 0; symbol < huffman.symbolCount; ++symbol) {
+    std::array<std::uint16_t, 288> sorted; // only the used slots are read
+    for (symbol = 0; symbol < huffman.symbolCount; ++symbol) {
         if (const unsigned length = huffman.lengths[symbol]; length != 0) {
             sorted[firstSlot[length]++] = static_cast<std::uint16_t>(symbol);
         }
@@ -246,9 +258,10 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
 }
 
 InflateError build_tables(Tables& tables, const std::uint8_t* literalLengths, std::size_t literalCount,
-                          const std::uint8_t* distanceLengths, std::size_t distanceCount) {
+                          const std::uint8_t* distanceLengths, std::size_t distanceCount,
+                          bool pairsLiterals) {
     const InflateError literal = build_huffman_table(
-        {literalLengths, literalCount, literal_length_entries(), kLiteralPrimaryBits, true, true},
+        {literalLengths, literalCount, literal_length_entries(), kLiteralPrimaryBits, true, pairsLiterals},
         tables.literal.data(), tables.literal.size());
     if (literal != InflateError::None) {
         return literal;
@@ -269,7 +282,7 @@ const Tables& fixed_tables() {
         distanceLengths.fill(5);
         Tables built;
         build_tables(built, literalLengths.data(), literalLengths.size(), distanceLengths.data(),
-                     distanceLengths.size());
+                     distanceLengths.size(), true);
         return built;
     }();
     return tables;

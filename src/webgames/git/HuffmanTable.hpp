@@ -72,8 +72,10 @@ struct Tables {
     std::array<std::uint32_t, kDistanceTableSize> distance;
 };
 
+// Pairing literals costs a pass over most of the primary table, worth it only when a
+// good many literals are still to come.
 InflateError build_tables(Tables& tables, const std::uint8_t* literalLengths, std::size_t literalCount,
-                          const std::uint8_t* distanceLengths, std::size_t distanceCount);
+                          const std::uint8_t* distanceLengths, std::size_t distanceCount, bool pairsLiterals);
 
 // The fixed codes of block type 1, built once.
 const Tables& fixed_tables();

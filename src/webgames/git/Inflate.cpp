@@ -73,6 +73,9 @@ constexpr std::size_t kMaxTrustedReservation = std::size_t{64} << 20;
 // The string's length runs ahead of the output by this much at a time, so the zeros
 // resize writes are still in cache when the decoder overwrites them.
 constexpr std::size_t kGrowthStep = std::size_t{64} << 10;
+// Two-literal entries are made for a block only when at least this much output is still
+// expected: below it, building them takes longer than they save.
+constexpr std::size_t kPairingWorthBytes = std::size_t{8} << 10;
 // Outputs expected to be no larger are decoded on the stack first (see scratch_).
 constexpr std::size_t kScratchBytes = std::size_t{16} << 10;
 // The longest match and the overrun of the match copy (or two lookups of two literals).
@@ -175,9 +178,11 @@ public:
     Decoder(std::string_view input, std::size_t expectedSize, std::size_t maxOutput, InflatePath path)
         : begin_(reinterpret_cast<const std::uint8_t*>(input.data())), in_(begin_),
           end_(begin_ + input.size()), maxOutput_(std::min(maxOutput, SIZE_MAX / 2)),
-          isFastLoopUsed_(path == InflatePath::Fast) {
-        const std::size_t reservation =
-            inflate_reservation(input.size(), expectedSize, maxOutput_) + kOutputSlack;
+          isFastLoopUsed_(path == InflatePath::Fast),
+          expectedSize_(inflate_reservation(input.size(), expectedSize, maxOutput_)) {
+        // Exactly the expected size: the fast loop stops short of its end by the slack and
+        // the careful path fills the rest.
+        const std::size_t reservation = expectedSize_;
         if (reservation <= kScratchBytes) {
             base_ = scratch_.data();
             out_ = base_;
@@ -247,6 +252,7 @@ private:
     char* outEnd_ = nullptr; // end of the string's current length, not of its capacity
     const std::size_t maxOutput_;
     const bool isFastLoopUsed_;
+    const std::size_t expectedSize_; // the size hint, as far as it is believed
     InflateError error_ = InflateError::None;
     Tables dynamic_;
 };
@@ -394,7 +400,22 @@ Status Decoder::storedBlock() {
     if (end_ - in_ < static_cast<std::ptrdiff_t>(length)) {
         return fail(InflateError::TruncatedInput);
     }
-    if (produced() + length > maxOutput_ || !makeRoom(length)) {
+    if (produced() + length > maxOutput_) {
+        return fail(InflateError::TooLarge);
+    }
+    const std::size_t used = produced();
+    if (!isInScratch() && output_.capacity() - used >= length) {
+        // Appended straight from the input: no zeros written ahead of the copy first.
+        // The string then ends at the output, and the next symbol lengthens it again.
+        output_.resize(used);
+        output_.append(reinterpret_cast<const char*>(in_), length);
+        base_ = output_.data();
+        out_ = base_ + output_.size();
+        outEnd_ = out_;
+        in_ += length;
+        return Status::Ok;
+    }
+    if (!makeRoom(length)) {
         return fail(InflateError::TooLarge);
     }
     std::memcpy(out_, in_, length);
@@ -459,7 +480,8 @@ Status Decoder::readDynamicTables() {
         return fail(InflateError::BadCodeLengths);
     }
     const InflateError codes =
-        build_tables(dynamic_, lengths.data(), literalCount, lengths.data() + literalCount, distanceCount);
+        build_tables(dynamic_, lengths.data(), literalCount, lengths.data() + literalCount, distanceCount,
+                     expectedSize_ >= produced() + kPairingWorthBytes);
     return codes == InflateError::None ? Status::Ok : fail(codes);
 }
 
