@@ -54,17 +54,18 @@ struct DecodedPack {
     std::uint64_t packBytes = 0;
 };
 
-// Takes the reply by value: the pack is gathered in its buffer, which is released as soon
-// as the pack has been decoded.
+// Takes the reply by value: the pack is gathered in its buffer, which the decoder releases
+// as soon as every entry is inflated.
 DecodedPack decode_reply(std::string response, const ByteLimits& limits) {
     std::string pack = pack_from_response(std::move(response));
+    const std::uint64_t packBytes = pack.size();
     PackError error = PackError::None;
-    auto objects = parse_packfile(pack, object_name, &error, limits);
+    auto objects = parse_packfile(std::move(pack), object_name, &error, limits);
     if (!objects) {
         throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
                                                               : "failed to decode the repository packfile");
     }
-    return {std::move(*objects), pack.size()};
+    return {std::move(*objects), packBytes};
 }
 
 } // namespace
