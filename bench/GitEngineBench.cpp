@@ -553,6 +553,11 @@ int main(int argc, char** argv) {
         bench_inflate_both(pack);
         return 0;
     }
+    if (argc == 5 && std::string(argv[1]) == "--checkout-only") { // to profile the checkout
+        const auto objects = parse_packfile(read_file(argv[2]), object_name);
+        checkout_tree(*objects, root_tree_of(objects->at(argv[3]).data), argv[4]);
+        return 0;
+    }
     if (argc == 2 && std::string(argv[1]) == "--plan-growth") {
         bench_tree_expansion();
         return 0;
