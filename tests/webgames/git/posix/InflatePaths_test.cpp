@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -80,6 +81,23 @@ TEST(InflatePaths, AgreeOnZlibOutputAtEveryLevelAndStrategy) {
                 EXPECT_TRUE(expect_paths_agree(stream, samples[i].size(), kMaxObjectBytes));
                 // A limit below the output stops both at the same point with the same reason.
                 expect_paths_agree(stream, samples[i].size(), samples[i].size() / 2);
+            }
+        }
+    }
+}
+
+// A pack holds thousands of small objects, each kept for the whole clone: none may carry
+// the fast loop's slack or a growth step's spare room, whichever path finished it.
+TEST(InflatePaths, OutputsOfTheExpectedSizeTakeExactlyThatMuchMemory) {
+    for (const auto& sample : sample_texts()) {
+        for (const std::size_t size : {std::size_t{100}, std::size_t{20000}, sample.size()}) {
+            const std::string data = sample.substr(0, size);
+            const std::string stream = deflate_with_zlib(data, 6, Z_DEFAULT_STRATEGY);
+            for (const auto path : {InflatePath::Fast, InflatePath::CarefulOnly}) {
+                const auto result = inflate_zlib_on(path, stream, data.size());
+                ASSERT_TRUE(result.has_value());
+                EXPECT_TRUE(result->bytes == data);
+                EXPECT_EQ(result->bytes.capacity(), std::max(data.size(), std::string().capacity())) << size;
             }
         }
     }
