@@ -1,24 +1,30 @@
 // The git engine benchmark: our inflate, SHA-1, pack decode and checkout side by side with
-// zlib, OpenSSL and the real git, on the pack a depth-1 clone of a game repository gets;
+// zlib, libdeflate, OpenSSL and the real git, on the packs of a game repository (what a
+// depth-1 clone gets, and its whole history), and a native depth-1 clone against git clone;
 // and how planning a checkout grows with the number of tree entries.
 //
 // Every figure is the best of a few runs in this one process, so both sides see the same
-// machine state; external commands run as children and are timed with wait4, which also
-// gives their peak memory.
+// machine state; the decoders take turns and are timed by the clock and by CPU time too.
+// External commands run as children and are timed with wait4, which also gives their peak
+// memory.
 //
-// usage: git-engine-bench <pack> <clone folder> <tip commit> <scratch folder>
+// usage: git-engine-bench <repository> <depth-1 pack> <depth-1 clone> <tip> <full pack> <scratch>
 //        git-engine-bench --sha1-portable   (run with OpenSSL's SHA instructions masked)
 #include "webgames/git/Checkout.hpp"
 #include "webgames/git/CheckoutPlan.hpp"
+#include "webgames/git/GitClone.hpp"
 #include "webgames/git/GitTree.hpp"
 #include "webgames/git/Inflate.hpp"
 #include "webgames/git/Packfile.hpp"
+#include "webgames/git/PktLine.hpp"
 #include "webgames/git/Sha1.hpp"
 #include "webgames/git/Sha1Blocks.hpp"
 
+#include <libdeflate.h>
 #include <openssl/sha.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -30,6 +36,9 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <memory>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -64,6 +73,27 @@ double best_seconds(int runs, const std::function<void()>& work) {
     return best;
 }
 
+double thread_cpu_seconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+// The best run of some work by the clock and by this thread's CPU time. Other programs on
+// a busy machine stretch the first far more than the second.
+struct Timing {
+    double seconds = 1e30;
+    double cpuSeconds = 1e30;
+
+    void keepBest(const std::function<void()>& work) {
+        const double cpuStart = thread_cpu_seconds();
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        seconds = std::min(seconds, seconds_since(start));
+        cpuSeconds = std::min(cpuSeconds, thread_cpu_seconds() - cpuStart);
+    }
+};
+
 // Runs a program as a child; its exit status and peak resident memory come back. A fresh
 // exec, so the child's memory figure holds nothing of this process.
 ChildRun run_program(const std::vector<std::string>& arguments) {
@@ -96,9 +126,12 @@ ChildRun best_shell_run(int runs, const std::string& command, const std::functio
     return best;
 }
 
+// Read at its exact size, as the clone holds a pack: no growth, no spare capacity.
 std::string read_file(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string bytes(fs::file_size(path), '\0');
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return bytes;
 }
 
 // Walks the entry headers and lets zlib find where each stream ends.
@@ -140,44 +173,115 @@ void print_ratio(const char* what, double ratio, const char* goal, bool isMet) {
     std::printf("  %-44s %6.2f   goal %-8s %s\n", what, ratio, goal, isMet ? "met" : "NOT MET");
 }
 
+// The three decoders take turns, round after round, so a busy machine slows each of them
+// alike; each keeps its best round. Every decoder writes into a buffer of the entry's
+// size, ours a string (as the pack decoder keeps it), the others uninitialised memory.
 void bench_inflate(std::string_view pack, const std::vector<Stream>& streams, const char* label) {
+    constexpr int kRounds = 9;
     std::size_t outputBytes = 0;
     std::size_t inputBytes = 0;
     for (const auto& stream : streams) {
         outputBytes += stream.declaredSize;
         inputBytes += stream.compressedSize;
     }
+    libdeflate_decompressor* decompressor = libdeflate_alloc_decompressor();
+    for (const auto& entry : streams) { // the same bytes, from the same input bytes
+        std::string reference(entry.declaredSize, '\0');
+        std::size_t inputUsed = 0;
+        libdeflate_zlib_decompress_ex(decompressor, pack.data() + entry.offset, entry.compressedSize,
+                                      reference.data(), reference.size(), &inputUsed, nullptr);
+        const auto result = inflate_zlib(pack.substr(entry.offset), entry.declaredSize);
+        if (!result || result->bytes != reference || result->consumed != inputUsed) {
+            std::printf("our inflate disagrees with libdeflate at pack offset %zu\n", entry.offset);
+            std::exit(1);
+        }
+    }
     std::size_t sink = 0;
-    const double ours = best_seconds(5, [&] {
+    const auto runOurs = [&] {
         for (const auto& stream : streams) {
             const auto result = inflate_zlib(pack.substr(stream.offset), stream.declaredSize);
             sink += result ? result->bytes.size() : 0;
         }
-    });
-    if (sink != outputBytes * 5) {
-        std::printf("our inflate disagrees with the pack's sizes\n");
-        std::exit(1);
-    }
-    const double zlib = best_seconds(5, [&] {
+    };
+    const auto runZlib = [&] {
         z_stream stream{};
         inflateInit(&stream);
         for (const auto& entry : streams) {
-            std::string out(entry.declaredSize, '\0');
+            const auto out = std::make_unique_for_overwrite<char[]>(entry.declaredSize);
             inflateReset(&stream);
             stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(pack.data() + entry.offset));
             stream.avail_in = static_cast<uInt>(entry.compressedSize);
-            stream.next_out = reinterpret_cast<Bytef*>(out.data());
-            stream.avail_out = static_cast<uInt>(out.size());
+            stream.next_out = reinterpret_cast<Bytef*>(out.get());
+            stream.avail_out = static_cast<uInt>(entry.declaredSize);
             inflate(&stream, Z_FINISH);
             sink += stream.total_out;
         }
         inflateEnd(&stream);
-    });
+    };
+    const auto runLibdeflate = [&] {
+        for (const auto& entry : streams) {
+            const auto out = std::make_unique_for_overwrite<char[]>(entry.declaredSize);
+            std::size_t produced = 0;
+            libdeflate_zlib_decompress_ex(decompressor, pack.data() + entry.offset, entry.compressedSize,
+                                          out.get(), entry.declaredSize, nullptr, &produced);
+            sink += produced;
+        }
+    };
+    Timing ours;
+    Timing zlib;
+    Timing libdeflate;
+    for (int round = 0; round < kRounds; ++round) {
+        ours.keepBest(runOurs);
+        zlib.keepBest(runZlib);
+        libdeflate.keepBest(runLibdeflate);
+    }
+    libdeflate_free_decompressor(decompressor);
+    if (sink != outputBytes * 3 * kRounds) {
+        std::printf("an inflate disagrees with the pack's sizes\n");
+        std::exit(1);
+    }
     const double megabytes = static_cast<double>(outputBytes) / 1e6;
     std::printf("Inflate, %s: %zu zlib streams, %.1f MB -> %.1f MB\n", label, streams.size(),
                 static_cast<double>(inputBytes) / 1e6, megabytes);
-    std::printf("  ours %8.0f MB/s    zlib %8.0f MB/s\n", megabytes / ours, megabytes / zlib);
-    print_ratio("ours / zlib (speed)", zlib / ours, ">= 1.0", zlib / ours >= 1.0);
+    std::printf("  ours %8.0f MB/s    zlib %8.0f MB/s    libdeflate %8.0f MB/s   (CPU time)\n",
+                megabytes / ours.cpuSeconds, megabytes / zlib.cpuSeconds, megabytes / libdeflate.cpuSeconds);
+    std::printf("  ours %8.0f MB/s    zlib %8.0f MB/s    libdeflate %8.0f MB/s   (clock)\n",
+                megabytes / ours.seconds, megabytes / zlib.seconds, megabytes / libdeflate.seconds);
+    const double overZlib = zlib.cpuSeconds / ours.cpuSeconds;
+    const double overLibdeflate = libdeflate.cpuSeconds / ours.cpuSeconds;
+    print_ratio("ours / zlib (speed, CPU time)", overZlib, ">= 1.0", overZlib >= 1.0);
+    print_ratio("ours / libdeflate (speed, CPU time)", overLibdeflate, ">= 1.0", overLibdeflate >= 1.0);
+    std::printf("  %-44s %6.2f\n", "ours / libdeflate (speed, clock)", libdeflate.seconds / ours.seconds);
+}
+
+bool inflate_alone(std::string_view pack, std::string_view decoder) {
+    const auto streams = find_streams(pack);
+    libdeflate_decompressor* decompressor = libdeflate_alloc_decompressor();
+    std::size_t sink = 0;
+    for (int round = 0; round < 30 && decoder != "none"; ++round) {
+        for (const auto& entry : streams) {
+            if (decoder == "ours") {
+                sink += inflate_zlib(pack.substr(entry.offset), entry.declaredSize)->bytes.size();
+                continue;
+            }
+            const auto out = std::make_unique_for_overwrite<char[]>(entry.declaredSize);
+            std::size_t produced = 0;
+            libdeflate_zlib_decompress_ex(decompressor, pack.data() + entry.offset, entry.compressedSize,
+                                          out.get(), entry.declaredSize, nullptr, &produced);
+            sink += produced;
+        }
+    }
+    libdeflate_free_decompressor(decompressor);
+    return decoder == "none" || (sink > 0 && (decoder == "ours" || decoder == "libdeflate"));
+}
+
+void bench_inflate_both(std::string_view pack, const std::string& label = "") {
+    const auto streams = find_streams(pack);
+    bench_inflate(pack, streams, (label + "every entry").c_str());
+    std::vector<Stream> compressed; // leaves out stored blocks, which are mostly a memcpy
+    std::copy_if(streams.begin(), streams.end(), std::back_inserter(compressed),
+                 [](const Stream& stream) { return stream.compressedSize * 10 < stream.declaredSize * 9; });
+    bench_inflate(pack, compressed, (label + "entries that compress by over 10%").c_str());
 }
 
 void bench_sha1(std::string_view data, sha1_detail::BlockFunction ours, const char* label, double goal) {
@@ -212,15 +316,63 @@ std::string index_pack_command(const fs::path& index, const fs::path& packPath) 
     return "git index-pack --threads=1 -o '" + index.string() + "' '" + packPath.string() + "' >/dev/null";
 }
 
+std::string quoted(const fs::path& path) {
+    return "'" + path.string() + "'";
+}
+
+// Both requests of a clone answered by `git upload-pack` on the local repository, framed
+// as git's HTTP backend frames them: the engine's whole clone without the network.
+class UploadPackTransport : public GitTransport {
+public:
+    UploadPackTransport(fs::path repository, fs::path scratch)
+        : repository_(std::move(repository)), scratch_(std::move(scratch)) {}
+
+    std::string request(const std::wstring&, const std::string& body, const std::optional<std::wstring>&,
+                        const std::optional<std::wstring>&) override {
+        if (body.empty()) {
+            return pkt_line_encode("# service=git-upload-pack\n") + "0000" +
+                   output_of("git upload-pack --stateless-rpc --advertise-refs " + quoted(repository_));
+        }
+        const fs::path request = scratch_ / "upload-pack-request";
+        std::ofstream(request, std::ios::binary)
+            .write(body.data(), static_cast<std::streamsize>(body.size()));
+        return output_of("git upload-pack --stateless-rpc " + quoted(repository_) + " <" + quoted(request));
+    }
+
+private:
+    static std::string output_of(const std::string& command) {
+        FILE* pipe = popen(command.c_str(), "r");
+        std::string output;
+        char chunk[1 << 16];
+        for (std::size_t count; pipe != nullptr && (count = std::fread(chunk, 1, sizeof chunk, pipe)) > 0;) {
+            output.append(chunk, count);
+        }
+        if (pipe == nullptr || pclose(pipe) != 0) {
+            throw std::runtime_error("failed: " + command);
+        }
+        return output;
+    }
+
+    fs::path repository_;
+    fs::path scratch_;
+};
+
 // Peak memory of children started while this process is still small: Linux carries a
 // process's peak across exec, so a child forked later would report this process's size.
-struct MemoryFigures {
-    long decodeKb = 0;
+struct PackMemory {
+    long oursKb = 0;
     long readOnlyKb = 0;
     long indexPackKb = 0;
 };
 
-MemoryFigures measure_memory(const fs::path& packPath, const fs::path& scratch) {
+struct MemoryFigures {
+    PackMemory tipPack;
+    PackMemory fullPack;
+    ChildRun oursClone;
+    ChildRun gitClone;
+};
+
+PackMemory measure_pack_memory(const fs::path& packPath, const fs::path& scratch) {
     const fs::path index = scratch / "memory.idx";
     fs::remove(index);
     return {run_program({"/proc/self/exe", "--decode-only", packPath.string()}).maxRssKb,
@@ -228,43 +380,102 @@ MemoryFigures measure_memory(const fs::path& packPath, const fs::path& scratch) 
             run_program({"/bin/sh", "-c", index_pack_command(index, packPath)}).maxRssKb};
 }
 
-void bench_decode_and_checkout(const std::string& pack, const fs::path& packPath, const MemoryFigures& memory,
-                               const fs::path& clone, const std::string& tip, const fs::path& scratch) {
+// The best time of three clones each, ours and git's, and the peak memory of each.
+MemoryFigures measure_memory(const fs::path& tipPack, const fs::path& fullPack, const fs::path& repository,
+                             const fs::path& scratch) {
+    MemoryFigures figures{
+        measure_pack_memory(tipPack, scratch), measure_pack_memory(fullPack, scratch), {}, {}};
+    const fs::path destination = scratch / "clone";
+    figures.oursClone.seconds = figures.gitClone.seconds = 1e30;
+    for (int round = 0; round < 3; ++round) {
+        fs::remove_all(destination);
+        const ChildRun ours = run_program(
+            {"/proc/self/exe", "--clone-only", repository.string(), destination.string(), scratch.string()});
+        fs::remove_all(destination);
+        const ChildRun git = run_program({"git", "clone", "-q", "--depth", "1", "--no-local",
+                                          "file://" + repository.string(), destination.string()});
+        for (auto [best, run] : {std::pair{&figures.oursClone, ours}, std::pair{&figures.gitClone, git}}) {
+            best->isOk = run.isOk && (round == 0 || best->isOk);
+            best->seconds = std::min(best->seconds, run.seconds);
+            best->maxRssKb = std::max(best->maxRssKb, run.maxRssKb);
+        }
+    }
+    fs::remove_all(destination);
+    return figures;
+}
+
+void bench_decode(const std::string& label, const fs::path& packPath, const PackMemory& memory,
+                  const fs::path& scratch, std::optional<ObjectSet>* kept) {
+    const std::string pack = read_file(packPath);
     std::optional<ObjectSet> objects;
-    const double ours = best_seconds(3, [&] { objects = parse_packfile(pack, object_name); });
-    if (!objects || objects->count(tip) == 0) {
+    const double ours = best_seconds(3, [&] {
+        objects.reset();
+        objects = parse_packfile(pack, object_name);
+    });
+    if (!objects) {
         std::printf("our pack decoder failed on the pack\n");
         std::exit(1);
     }
     const fs::path index = scratch / "bench.idx";
     const ChildRun git = best_shell_run(3, index_pack_command(index, packPath), [&] { fs::remove(index); });
-    std::printf("Whole-pack decode, %zu objects\n", objects->size());
-    std::printf("  ours %8.3f s        git index-pack --threads=1 %8.3f s\n", ours, git.seconds);
+    std::printf("Whole-pack decode, %s: %.1f MB, %zu objects\n", label.c_str(),
+                static_cast<double>(pack.size()) / 1e6, objects->size());
+    std::printf("  time: ours %8.3f s        git index-pack --threads=1 %8.3f s\n", ours, git.seconds);
     std::printf("  peak memory: ours %ld MB (reading the pack alone %ld MB), git index-pack %ld MB\n",
-                memory.decodeKb / 1024, memory.readOnlyKb / 1024, memory.indexPackKb / 1024);
-    print_ratio("ours / git (time)", ours / git.seconds, "<= 0.8", git.isOk && ours / git.seconds <= 0.8);
+                memory.oursKb / 1024, memory.readOnlyKb / 1024, memory.indexPackKb / 1024);
+    print_ratio("ours / git (time)", ours / git.seconds, "<= 0.3", git.isOk && ours / git.seconds <= 0.3);
+    const double memoryRatio = static_cast<double>(memory.oursKb) / static_cast<double>(memory.indexPackKb);
+    print_ratio("ours / git (peak memory)", memoryRatio, "<= 1.5", memoryRatio <= 1.5);
+    if (kept != nullptr) {
+        *kept = std::move(objects);
+    }
+}
 
-    const std::string rootTree = root_tree_of(objects->at(tip).data);
+// Regular files only: git archive also writes symbolic links and an empty folder for each
+// gitlink, both of which the checkout skips on purpose.
+bool same_regular_files(const fs::path& ours, const fs::path& git) {
+    const std::string prune = "find " + quoted(git) + " -type l -delete && find " + quoted(git) + " " +
+                              quoted(ours) + " -depth -type d -empty -delete";
+    return std::system((prune + " && diff -r -q " + quoted(ours) + " " + quoted(git)).c_str()) == 0;
+}
+
+void bench_checkout(const ObjectSet& objects, const fs::path& clone, const std::string& tip,
+                    const fs::path& scratch) {
+    const std::string rootTree = root_tree_of(objects.at(tip).data);
     const fs::path oursFolder = scratch / "checkout-ours";
     const fs::path gitFolder = scratch / "checkout-git";
-    const double oursCheckout = best_seconds(3, [&] {
+    double oursCheckout = 1e30;
+    for (int round = 0; round < 3; ++round) {
         fs::remove_all(oursFolder);
-        checkout_tree(*objects, rootTree, oursFolder);
-    });
+        oursCheckout =
+            std::min(oursCheckout, best_seconds(1, [&] { checkout_tree(objects, rootTree, oursFolder); }));
+    }
     const ChildRun gitCheckout = best_shell_run(
-        3, "git -C '" + clone.string() + "' archive " + tip + " | tar -x -C '" + gitFolder.string() + "'",
-        [&] {
+        3, "git -C " + quoted(clone) + " archive " + tip + " | tar -x -C " + quoted(gitFolder), [&] {
             fs::remove_all(gitFolder);
             fs::create_directories(gitFolder);
         });
-    const bool isSame =
-        std::system(("diff -r -q '" + oursFolder.string() + "' '" + gitFolder.string() + "'").c_str()) == 0;
-    std::printf("Checkout of the tip tree (%s git's files)\n", isSame ? "identical to" : "DIFFERENT from");
-    std::printf("  ours %8.3f s        git archive | tar -x %8.3f s   (ours includes removing the previous "
-                "run's files)\n",
+    const bool isSame = same_regular_files(oursFolder, gitFolder);
+    std::printf("Checkout of the tip tree (regular files %s git's)\n",
+                isSame ? "identical to" : "DIFFERENT from");
+    std::printf("  ours %8.3f s        git archive | tar -x %8.3f s   (each into an empty folder)\n",
                 oursCheckout, gitCheckout.seconds);
     print_ratio("ours / git (time)", oursCheckout / gitCheckout.seconds, "<= 1.0",
                 isSame && oursCheckout <= gitCheckout.seconds);
+}
+
+void print_clone(const MemoryFigures& memory) {
+    std::printf("Depth-1 clone from the local repository through git upload-pack (native; no network)\n");
+    std::printf("  time: ours %8.3f s        git clone --depth 1 %8.3f s\n", memory.oursClone.seconds,
+                memory.gitClone.seconds);
+    std::printf("  peak memory: ours %ld MB, git clone (its largest process) %ld MB\n",
+                memory.oursClone.maxRssKb / 1024, memory.gitClone.maxRssKb / 1024);
+    const bool isOk = memory.oursClone.isOk && memory.gitClone.isOk;
+    print_ratio("ours / git (time)", memory.oursClone.seconds / memory.gitClone.seconds, "<= 1.0",
+                isOk && memory.oursClone.seconds <= memory.gitClone.seconds);
+    const double memoryRatio =
+        static_cast<double>(memory.oursClone.maxRssKb) / static_cast<double>(memory.gitClone.maxRssKb);
+    print_ratio("ours / git (peak memory)", memoryRatio, "(none)", isOk);
 }
 
 // One root naming `folders` distinct folders that hold one file each.
@@ -318,12 +529,38 @@ void bench_tree_expansion() {
 } // namespace
 
 int main(int argc, char** argv) {
-    // Children for the memory figures: the decode alone, and reading the pack alone.
+    // Children for the memory figures: the decode alone, reading the pack alone, a clone.
     if (argc == 3 && std::string(argv[1]) == "--decode-only") {
         return parse_packfile(read_file(argv[2]), object_name) ? 0 : 1;
     }
     if (argc == 3 && std::string(argv[1]) == "--read-only") {
         return read_file(argv[2]).empty() ? 1 : 0;
+    }
+    if (argc == 5 && std::string(argv[1]) == "--clone-only") {
+        UploadPackTransport transport(argv[2], argv[4]);
+        shallow_clone(transport, "bench", "game", argv[3], nullptr);
+        return 0;
+    }
+    // One decoder alone over every entry, thirty times (or "none": only finding the
+    // entries), to be profiled, or timed by its user CPU time, which a busy machine
+    // disturbs less than the clock.
+    if (argc == 4 && std::string(argv[1]) == "--inflate-one") {
+        const std::string pack = read_file(argv[2]);
+        return inflate_alone(pack, argv[3]) ? 0 : 2;
+    }
+    if (argc == 3 && std::string(argv[1]) == "--inflate-only") {
+        const std::string pack = read_file(argv[2]);
+        bench_inflate_both(pack);
+        return 0;
+    }
+    if (argc == 5 && std::string(argv[1]) == "--checkout-only") { // to profile the checkout
+        const auto objects = parse_packfile(read_file(argv[2]), object_name);
+        checkout_tree(*objects, root_tree_of(objects->at(argv[3]).data), argv[4]);
+        return 0;
+    }
+    if (argc == 2 && std::string(argv[1]) == "--plan-growth") {
+        bench_tree_expansion();
+        return 0;
     }
     if (argc == 2 && std::string(argv[1]) == "--sha1-portable") {
         std::string data(64 << 20, '\0');
@@ -334,29 +571,40 @@ int main(int argc, char** argv) {
                    0.6);
         return 0;
     }
-    if (argc != 5) {
-        std::fprintf(stderr, "usage: %s <pack> <clone folder> <tip> <scratch folder>\n", argv[0]);
+    if (argc != 7) {
+        std::fprintf(stderr,
+                     "usage: %s <repository> <depth-1 pack> <depth-1 clone> <tip> <full pack> <scratch>\n",
+                     argv[0]);
         return 2;
     }
-    const fs::path packPath = argv[1];
-    const fs::path scratch = argv[4];
+    const fs::path repository = argv[1];
+    const fs::path tipPackPath = argv[2];
+    const fs::path clone = argv[3];
+    const std::string tip = argv[4];
+    const fs::path fullPackPath = argv[5];
+    const fs::path scratch = argv[6];
     fs::create_directories(scratch);
-    const MemoryFigures memory = measure_memory(packPath, scratch);
-    const std::string pack = read_file(packPath);
-    std::printf("Pack %s: %.1f MB\n\n", packPath.filename().c_str(), static_cast<double>(pack.size()) / 1e6);
-    const auto streams = find_streams(pack);
-    bench_inflate(pack, streams, "every entry");
-    std::vector<Stream> compressed; // leaves out stored blocks, which are mostly a memcpy
-    std::copy_if(streams.begin(), streams.end(), std::back_inserter(compressed),
-                 [](const Stream& stream) { return stream.compressedSize * 10 < stream.declaredSize * 9; });
-    bench_inflate(pack, compressed, "entries that compress by over 10%");
+    const MemoryFigures memory = measure_memory(tipPackPath, fullPackPath, repository, scratch);
+    {
+        const std::string pack = read_file(tipPackPath);
+        bench_inflate_both(pack, "depth-1 pack, ");
+        std::printf("\n");
+        bench_sha1(pack, sha1_detail::compress_selected(),
+                   sha1_uses_cpu_instructions() ? "(SHA instructions used)"
+                                                : "(no SHA instructions on this CPU)",
+                   0.9);
+    }
+    {
+        const std::string pack = read_file(fullPackPath);
+        bench_inflate(pack, find_streams(pack), "full-history pack, every entry");
+    }
     std::printf("\n");
-    bench_sha1(pack, sha1_detail::compress_selected(),
-               sha1_uses_cpu_instructions() ? "(SHA instructions used)" : "(no SHA instructions on this CPU)",
-               0.8);
+    std::optional<ObjectSet> objects;
+    bench_decode("depth-1 pack", tipPackPath, memory.tipPack, scratch, &objects);
+    bench_decode("full-history pack", fullPackPath, memory.fullPack, scratch, nullptr);
     std::printf("\n");
-    bench_decode_and_checkout(pack, packPath, memory, argv[2], argv[3], scratch);
+    bench_checkout(*objects, clone, tip, scratch);
     std::printf("\n");
-    bench_tree_expansion();
+    print_clone(memory);
     return 0;
 }

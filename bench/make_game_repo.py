@@ -6,7 +6,11 @@ with the redundancy real game code has (shared vocabulary, templates, near-copie
 git stores as deltas), and incompressible images, audio and fonts. Several commits edit
 the large files, as a game's history would. Same seed, same repository, same pack.
 
-usage: make_game_repo.py <empty folder>
+With --large the repository is bigger and older: on top of the above, thousands of small
+files (localisation, prefabs, scripts), a few large binary assets, a symbolic link and a
+gitlink (which a checkout skips), and a long history of small edits, for the full-pack case.
+
+usage: make_game_repo.py [--large] <empty folder>
 """
 import os
 import random
@@ -196,10 +200,54 @@ def edit_commits(root, bundle):
         git(root, "commit", "-q", "-m", f"Balance pass {round_number}")
 
 
+def large_additions(root):
+    for i in range(6000):
+        group = rng.choice(("locale", "prefabs/props", "prefabs/enemies", "scripts/ai", "scripts/quests", "ui"))
+        kind = rng.random()
+        if kind < 0.4:
+            text = "\n".join(f"{ident()} = {' '.join(rng.choices(WORDS, k=rng.randint(2, 10)))}"
+                             for _ in range(rng.randint(3, 60))) + "\n"
+            write(root, f"{group}/{rng.choice(WORDS)}{i}.txt", text)
+        elif kind < 0.75:
+            fields = ",\n".join(f'  "{ident()}": {rng.randint(0, 500)}' for _ in range(rng.randint(2, 40)))
+            write(root, f"{group}/{rng.choice(WORDS)}{i}.json", "{\n" + fields + "\n}\n")
+        else:
+            write(root, f"{group}/{rng.choice(WORDS)}{i}.js", js_module(rng.randint(300, 4000)))
+    for i in range(3):
+        write(root, f"assets/video/cutscene{i}.webm", b"\x1aE\xdf\xa3" + rng.randbytes(9_000_000 + i * 1_000_000))
+    write(root, "assets/maps/world.bin", low_entropy_image(12_000_000))
+    os.symlink("src/game", os.path.join(root, "game-src-link"))
+    git(root, "add", "-A")
+    # A gitlink: a submodule entry naming a commit that is not in this repository.
+    git(root, "update-index", "--add", "--cacheinfo", "160000," + "1" * 40 + ",engine-submodule")
+    git(root, "commit", "-q", "-m", "Content update")
+
+
+def long_history(root, commits):
+    small = sorted(os.path.relpath(os.path.join(folder, name), root)
+                   for folder, _, names in os.walk(os.path.join(root, "locale")) for name in names)
+    for number in range(commits):
+        for path in rng.sample(small, 12):
+            with open(os.path.join(root, path)) as handle:
+                text = handle.read()
+            write(root, path, text + f"{ident()} = {' '.join(rng.choices(WORDS, k=5))}\n")
+        module = f"src/game/patch{number % 4 + 1}.js"
+        with open(os.path.join(root, module)) as handle:
+            lines = handle.read().split("\n")
+        lines[rng.randrange(len(lines))] = "        " + js_statement(0)
+        write(root, module, "\n".join(lines))
+        git(root, "add", "-A")
+        git(root, "commit", "-q", "-m", f"Tweak {number}")
+
+
 def main():
-    root = sys.argv[1]
+    large = sys.argv[1] == "--large"
+    root = sys.argv[-1]
     git(root, "init", "-q", "-b", "main")
     edit_commits(root, first_commit(root))
+    if large:
+        large_additions(root)
+        long_history(root, 300)
 
 
 if __name__ == "__main__":

@@ -1,15 +1,18 @@
 // Fuzzes inflate and gunzip, with zlib as the reference. The first byte picks the mode:
 //   0  the rest is a zlib stream: ours never faults, whatever zlib decodes in full
-//      (Adler-32 checked) ours decodes to the same bytes, occupying the same input, and an
-//      output limit cuts off exactly the streams whose output would exceed it;
+//      (Adler-32 checked) ours decodes to the same bytes, occupying the same input, an
+//      output limit cuts off exactly the streams whose output would exceed it, and the
+//      careful one-symbol path alone gives what the fast loop gives: bytes, count, verdict;
 //   1  the rest is a text: zlib compresses it (level from the next byte), ours must give
-//      it back exactly, and the same stream cut inside its compressed data must fail;
+//      it back exactly on both paths, and the same stream cut inside its compressed data
+//      must fail;
 //   2  the rest is a gzip file: gunzip never faults;
 //   3  the rest is a text: zlib writes it as gzip, gunzip must give it back, and any cut
 //      of the file must fail (the trailer's CRC and length are checked).
 #include "stores/BoundedGunzip.hpp"
 #include "webgames/git/Gzip.hpp"
 #include "webgames/git/Inflate.hpp"
+#include "webgames/git/InflatePath.hpp"
 
 #include <zlib.h>
 
@@ -71,7 +74,21 @@ std::string zlibCompress(std::string_view text, int level, int windowBits) {
     return output;
 }
 
+void bothPathsAgree(std::string_view input) {
+    using corvandell::git::InflateError;
+    using corvandell::git::InflatePath;
+    InflateError fastError = InflateError::None;
+    InflateError carefulError = InflateError::None;
+    const auto fast = corvandell::git::inflate_detail::inflate_zlib_on(InflatePath::Fast, input,
+                                                                       input.size() * 4, &fastError);
+    const auto careful = corvandell::git::inflate_detail::inflate_zlib_on(InflatePath::CarefulOnly, input,
+                                                                          input.size() * 4, &carefulError);
+    check(fast.has_value() == careful.has_value() && fastError == carefulError);
+    check(!fast || (fast->bytes == careful->bytes && fast->consumed == careful->consumed));
+}
+
 void zlibStream(std::string_view input) {
+    bothPathsAgree(input);
     const auto ours = corvandell::git::inflate_zlib(input, input.size() * 4);
     corvandell::git::inflate_zlib(input, std::size_t{1} << 40);
     if (const auto reference = zlibReference(input)) {
@@ -93,6 +110,7 @@ void compressedText(std::string_view rest) {
     const int level = static_cast<unsigned char>(rest[0]) % 10;
     const std::string_view text = rest.substr(1);
     const std::string stream = zlibCompress(text, level, 15);
+    bothPathsAgree(stream);
     const auto ours = corvandell::git::inflate_zlib(stream, text.size());
     check(ours.has_value() && ours->bytes == text && ours->consumed == stream.size());
     // Past the 2-byte header and before the 4-byte trailer lies the compressed data; an

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -17,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     corvandell::git::tip_from_advertisement(body);
     try {
-        corvandell::git::pack_from_response(body);
+        corvandell::git::pack_from_response(std::string(body));
     } catch (const std::runtime_error&) {
     }
     return 0;

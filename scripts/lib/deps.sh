@@ -8,7 +8,7 @@ CORVANDELL_PACKAGES=(
     wine wine64
     xvfb xauth x11-utils xdotool imagemagick pulseaudio
     python3 python3-aiohttp python3-cryptography
-    zlib1g-dev libssl-dev
+    zlib1g-dev libssl-dev libdeflate-dev
 )
 
 ensure_packages() {

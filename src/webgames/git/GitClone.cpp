@@ -54,18 +54,18 @@ struct DecodedPack {
     std::uint64_t packBytes = 0;
 };
 
-// Takes the reply by value so that it, and then the pack, are released as soon as each
-// has been read.
+// Takes the reply by value: the pack is gathered in its buffer, which the decoder releases
+// as soon as every entry is inflated.
 DecodedPack decode_reply(std::string response, const ByteLimits& limits) {
-    std::string pack = pack_from_response(response);
-    std::string().swap(response);
+    std::string pack = pack_from_response(std::move(response));
+    const std::uint64_t packBytes = pack.size();
     PackError error = PackError::None;
-    auto objects = parse_packfile(pack, object_name, &error, limits);
+    auto objects = parse_packfile(std::move(pack), object_name, &error, limits);
     if (!objects) {
         throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
                                                               : "failed to decode the repository packfile");
     }
-    return {std::move(*objects), pack.size()};
+    return {std::move(*objects), packBytes};
 }
 
 } // namespace

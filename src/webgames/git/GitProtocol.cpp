@@ -8,6 +8,7 @@
 #include "webgames/git/PktLine.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 
 namespace corvandell::git {
@@ -52,14 +53,16 @@ std::string upload_pack_request(const std::string& tip) {
            pkt_line_encode("deepen 1\n") + pkt_line_encode({}, true) + pkt_line_encode("done\n");
 }
 
-std::string pack_from_response(std::string_view body) {
+// Compacting in place is safe: the data gathered so far is never longer than the bytes
+// before the current record, so each move lands at or before its source and never on a
+// record still to be read.
+std::string pack_from_response(std::string body) {
     std::size_t position = 0;
     const auto lines = pkt_line_read(body, position);
     if (!lines) {
         throw std::runtime_error("malformed git response");
     }
-    std::string pack;
-    pack.reserve(body.size());
+    std::size_t packBytes = 0;
     for (const PktLine& line : *lines) {
         const std::string_view payload = line.payload;
         if (line.isFlush || payload.empty() || starts_with(payload, "shallow ") ||
@@ -71,15 +74,17 @@ std::string pack_from_response(std::string_view body) {
             throw std::runtime_error("git: " + std::string(payload.substr(4)));
         }
         if (payload[0] == kChannelPack) {
-            pack.append(payload.substr(1));
+            std::memmove(body.data() + packBytes, payload.data() + 1, payload.size() - 1);
+            packBytes += payload.size() - 1;
         } else if (payload[0] == kChannelError) {
             throw std::runtime_error("git: " + std::string(payload.substr(1)));
         }
     }
-    if (!starts_with(pack, "PACK")) {
+    body.resize(packBytes);
+    if (!starts_with(body, "PACK")) {
         throw std::runtime_error("no packfile in git response");
     }
-    return pack;
+    return body;
 }
 
 } // namespace corvandell::git

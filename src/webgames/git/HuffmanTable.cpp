@@ -11,13 +11,19 @@
 namespace corvandell::git::inflate_detail {
 namespace {
 
+// The low `length` bits of `code` in reverse order (lengths up to 16).
 std::uint32_t reverse_bits(std::uint32_t code, unsigned length) {
-    std::uint32_t reversed = 0;
-    for (unsigned i = 0; i < length; ++i) {
-        reversed = (reversed << 1) | (code & 1);
-        code >>= 1;
-    }
-    return reversed;
+    code = ((code & 0x5555) << 1) | ((code >> 1) & 0x5555);
+    code = ((code & 0x3333) << 2) | ((code >> 2) & 0x3333);
+    code = ((code & 0x0F0F) << 4) | ((code >> 4) & 0x0F0F);
+    code = ((code & 0x00FF) << 8) | ((code >> 8) & 0x00FF);
+    return code >> (16 - length);
+}
+
+// A symbol's entry once its code length is known: the code's bits are dropped with its
+// extra bits.
+std::uint32_t coded_entry(std::uint32_t symbolEntry, unsigned length) {
+    return symbolEntry + length + (length << kCodeBitsShift);
 }
 
 // Writes `entry` at every index whose low `length` bits are `start`, below `end`.
@@ -56,7 +62,7 @@ constexpr std::array<std::uint8_t, 30> kDistanceExtra = {0, 0, 0, 0, 1, 1, 2, 2,
                                                          6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13};
 
 constexpr std::uint32_t base_entry(std::uint32_t base, std::uint32_t extraBits) {
-    return (base << kValueShift) | (extraBits << kExtraShift);
+    return (base << kValueShift) | extraBits;
 }
 
 constexpr std::array<std::uint32_t, 288> make_literal_length_entries() {
@@ -64,12 +70,12 @@ constexpr std::array<std::uint32_t, 288> make_literal_length_entries() {
     for (std::uint32_t symbol = 0; symbol < 256; ++symbol) {
         entries[symbol] = kLiteral | (symbol << kValueShift);
     }
-    entries[256] = kEndOfBlock;
+    entries[256] = kExceptional | kEndOfBlock;
     for (std::size_t i = 0; i < kLengthBase.size(); ++i) {
         entries[257 + i] = base_entry(kLengthBase[i], kLengthExtra[i]);
     }
-    entries[286] = kInvalid;
-    entries[287] = kInvalid;
+    entries[286] = kExceptional;
+    entries[287] = kExceptional;
     return entries;
 }
 
@@ -78,8 +84,8 @@ constexpr std::array<std::uint32_t, 32> make_distance_entries() {
     for (std::size_t i = 0; i < kDistanceBase.size(); ++i) {
         entries[i] = base_entry(kDistanceBase[i], kDistanceExtra[i]);
     }
-    entries[30] = kInvalid;
-    entries[31] = kInvalid;
+    entries[30] = kExceptional;
+    entries[31] = kExceptional;
     return entries;
 }
 
@@ -95,6 +101,46 @@ constexpr auto kLiteralLengthEntries = make_literal_length_entries();
 constexpr auto kDistanceEntries = make_distance_entries();
 constexpr auto kCodeLengthEntries = make_code_length_entries();
 
+// The literals whose codes are shorter than the primary index, shortest first, and the
+// entries that decode two of them at once. Two codes fit one lookup when their lengths
+// add up to at most the index bits: the index then starts with the first code, followed
+// by the second, and every index with those low bits takes the pair. Written after the
+// single entries, which they replace; a pair is never under a subtable prefix, whose
+// first bits are a long code. The work is one store per paired index.
+class ShortLiterals {
+public:
+    void add(std::uint32_t reversedCode, unsigned length, std::uint32_t byte) {
+        codes_[count_] = static_cast<std::uint16_t>(reversedCode);
+        lengths_[count_] = static_cast<std::uint8_t>(length);
+        bytes_[count_] = static_cast<std::uint8_t>(byte);
+        ++count_;
+    }
+
+    void pairInto(std::uint32_t* table, unsigned primaryBits) const {
+        const std::uint32_t primarySize = 1u << primaryBits;
+        for (std::size_t first = 0; first < count_; ++first) {
+            for (std::size_t second = 0; second < count_; ++second) {
+                const unsigned bothBits = lengths_[first] + lengths_[second];
+                if (bothBits > primaryBits) {
+                    break;
+                }
+                const std::uint32_t entry = kLiteral | kSecond | bothBits |
+                                            (std::uint32_t{bytes_[first]} << kValueShift) |
+                                            (std::uint32_t{bytes_[second]} << (kValueShift + 8));
+                fill_strided(table, codes_[first] | (std::uint32_t{codes_[second]} << lengths_[first]),
+                             bothBits, primarySize, entry);
+            }
+        }
+    }
+
+private:
+    // Only the first count_ of each are ever read, so none is initialised.
+    std::array<std::uint16_t, 256> codes_;
+    std::array<std::uint8_t, 256> lengths_;
+    std::array<std::uint8_t, 256> bytes_;
+    std::size_t count_ = 0;
+};
+
 } // namespace
 
 const std::uint32_t* literal_length_entries() {
@@ -108,9 +154,20 @@ const std::uint32_t* code_length_entries() {
 }
 
 InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* table, std::size_t capacity) {
+    // Counted in two halves: consecutive symbols mostly share a length, and one counter
+    // would have each increment wait on the one before.
     std::array<int, 16> lengthCount{};
-    for (std::size_t symbol = 0; symbol < huffman.symbolCount; ++symbol) {
+    std::array<int, 16> oddCount{};
+    std::size_t symbol = 0;
+    for (; symbol + 1 < huffman.symbolCount; symbol += 2) {
         ++lengthCount[huffman.lengths[symbol]];
+        ++oddCount[huffman.lengths[symbol + 1]];
+    }
+    if (symbol < huffman.symbolCount) {
+        ++lengthCount[huffman.lengths[symbol]];
+    }
+    for (std::size_t length = 0; length < lengthCount.size(); ++length) {
+        lengthCount[length] += oddCount[length];
     }
     int unassigned = 1; // codes still free at the current depth
     for (unsigned length = 1; length <= kMaxCodeBits; ++length) {
@@ -126,7 +183,7 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
         if (!huffman.allowsSingleCode || (used != 0 && !isSingleCode)) {
             return InflateError::IncompleteCode;
         }
-        fill_strided(table, 0, 0, primarySize, kInvalid);
+        fill_strided(table, 0, 0, primarySize, kExceptional);
     }
 
     // Symbols in canonical order: by code length, then by symbol value.
@@ -134,14 +191,24 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
     for (unsigned length = 1; length < kMaxCodeBits; ++length) {
         firstSlot[length + 1] = static_cast<std::uint16_t>(firstSlot[length] + lengthCount[length]);
     }
-    std::array<std::uint16_t, 288> sorted{};
-    for (std::size_t symbol = 0; symbol < huffman.symbolCount; ++symbol) {
+    std::array<std::uint16_t, 288> sorted; // only the used slots are read
+    for (symbol = 0; symbol < huffman.symbolCount; ++symbol) {
         if (const unsigned length = huffman.lengths[symbol]; length != 0) {
             sorted[firstSlot[length]++] = static_cast<std::uint16_t>(symbol);
         }
     }
 
+    // A complete code covers every primary index exactly once, by a code or a subtable
+    // prefix, so the table can grow by doubling: the codes of each length are written once
+    // into a table as wide as that length, and copying that table onto its upper half
+    // repeats them wherever their bits recur.
+    const bool isComplete = unassigned == 0;
+    if (isComplete) {
+        table[0] = kExceptional;
+        table[1] = kExceptional;
+    }
     std::array<int, 16> remaining = lengthCount;
+    ShortLiterals shortLiterals;
     std::uint32_t code = 0;
     std::uint32_t nextSubtable = primarySize;
     std::uint32_t openPrefix = primarySize; // none open yet
@@ -149,11 +216,22 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
     std::uint32_t subtableEnd = 0;
     std::size_t slot = 0;
     for (unsigned length = 1; length <= kMaxCodeBits; ++length, code <<= 1) {
+        if (isComplete && length > 1 && length <= huffman.primaryBits) {
+            const std::size_t half = std::size_t{1} << (length - 1);
+            std::copy_n(table, half, table + half);
+        }
         for (int n = 0; n < lengthCount[length]; ++n, ++code) {
             const std::uint32_t entry = huffman.symbolEntry[sorted[slot++]];
             const std::uint32_t reversed = reverse_bits(code, length);
             if (length <= huffman.primaryBits) {
-                fill_strided(table, reversed, length, primarySize, entry | length);
+                if (isComplete) {
+                    table[reversed] = coded_entry(entry, length);
+                    if (huffman.pairsLiterals && length < huffman.primaryBits && (entry & kLiteral)) {
+                        shortLiterals.add(reversed, length, entry >> kValueShift);
+                    }
+                } else {
+                    fill_strided(table, reversed, length, primarySize, coded_entry(entry, length));
+                }
                 continue;
             }
             const std::uint32_t prefix = reversed & (primarySize - 1);
@@ -164,30 +242,32 @@ InflateError build_huffman_table(const HuffmanCode& huffman, std::uint32_t* tabl
                 if (subtableEnd > capacity) {
                     return InflateError::OverSubscribedCode; // unreachable for checked lengths
                 }
-                table[prefix] =
-                    kSubtable | huffman.primaryBits | (bits << kExtraShift) | (subtableStart << kValueShift);
+                table[prefix] = kSubtable | huffman.primaryBits | (bits << kCodeBitsShift) |
+                                (subtableStart << kValueShift);
                 openPrefix = prefix;
                 nextSubtable = subtableEnd;
             }
             const unsigned subLength = length - huffman.primaryBits;
             fill_strided(table + subtableStart, reversed >> huffman.primaryBits, subLength,
-                         subtableEnd - subtableStart, entry | subLength);
+                         subtableEnd - subtableStart, coded_entry(entry, subLength));
             --remaining[length];
         }
     }
+    shortLiterals.pairInto(table, huffman.primaryBits);
     return InflateError::None;
 }
 
 InflateError build_tables(Tables& tables, const std::uint8_t* literalLengths, std::size_t literalCount,
-                          const std::uint8_t* distanceLengths, std::size_t distanceCount) {
+                          const std::uint8_t* distanceLengths, std::size_t distanceCount,
+                          bool pairsLiterals) {
     const InflateError literal = build_huffman_table(
-        {literalLengths, literalCount, literal_length_entries(), kLiteralPrimaryBits, true},
+        {literalLengths, literalCount, literal_length_entries(), kLiteralPrimaryBits, true, pairsLiterals},
         tables.literal.data(), tables.literal.size());
     if (literal != InflateError::None) {
         return literal;
     }
     return build_huffman_table(
-        {distanceLengths, distanceCount, distance_entries(), kDistancePrimaryBits, true},
+        {distanceLengths, distanceCount, distance_entries(), kDistancePrimaryBits, true, false},
         tables.distance.data(), tables.distance.size());
 }
 
@@ -202,7 +282,7 @@ const Tables& fixed_tables() {
         distanceLengths.fill(5);
         Tables built;
         build_tables(built, literalLengths.data(), literalLengths.size(), distanceLengths.data(),
-                     distanceLengths.size());
+                     distanceLengths.size(), true);
         return built;
     }();
     return tables;

@@ -51,7 +51,8 @@ std::optional<Inflated> inflate_zlib(std::string_view input, std::size_t expecte
                                      InflateError* error = nullptr,
                                      std::size_t maxOutputBytes = kMaxObjectBytes);
 
-// Output bytes reserved before decoding: the hint, but no more than `inputSize` bytes of
+// Output bytes reserved before decoding, which is what a stream of the expected size ends
+// up holding: the hint, but no more than `inputSize` bytes of
 // DEFLATE can expand to (1032 per byte), no more than the output limit and no more than
 // 64 MB, beyond which the output grows as it arrives. So a hostile size declaration costs
 // next to nothing.

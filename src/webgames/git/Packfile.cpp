@@ -227,14 +227,21 @@ ObjectSet Resolver::take_objects() {
 
 } // namespace
 
-std::optional<ObjectSet> parse_packfile(std::string_view pack, const ObjectNameFunction& objectName,
-                                        PackError* error, const ByteLimits& limits) {
+namespace {
+
+// `owned`, when given, holds the pack and is emptied once the entries are inflated.
+std::optional<ObjectSet> decode_pack(std::string_view pack, std::string* owned,
+                                     const ObjectNameFunction& objectName, PackError* error,
+                                     const ByteLimits& limits) {
     PackError ignored = PackError::None;
     PackError& reason = error != nullptr ? *error : ignored;
     reason = PackError::None;
     try {
         ByteBudget budget(limits, pack.size());
         auto entries = read_pack_entries(pack, budget, &reason);
+        if (owned != nullptr) {
+            std::string().swap(*owned);
+        }
         if (!entries) {
             return std::nullopt;
         }
@@ -250,6 +257,19 @@ std::optional<ObjectSet> parse_packfile(std::string_view pack, const ObjectNameF
         reason = PackError::TooLarge;
         return std::nullopt;
     }
+}
+
+} // namespace
+
+std::optional<ObjectSet> parse_packfile(std::string_view pack, const ObjectNameFunction& objectName,
+                                        PackError* error, const ByteLimits& limits) {
+    return decode_pack(pack, nullptr, objectName, error, limits);
+}
+
+std::optional<ObjectSet> parse_packfile(std::string&& pack, const ObjectNameFunction& objectName,
+                                        PackError* error, const ByteLimits& limits) {
+    std::string owned = std::move(pack);
+    return decode_pack(owned, &owned, objectName, error, limits);
 }
 
 } // namespace corvandell::git

@@ -44,4 +44,10 @@ enum class PackError {
 std::optional<ObjectSet> parse_packfile(std::string_view pack, const ObjectNameFunction& objectName,
                                         PackError* error = nullptr, const ByteLimits& limits = {});
 
+// The same, taking the pack over: it is released as soon as every entry has been
+// inflated, before the deltas are resolved, so the pack and the full set of contents are
+// never held together.
+std::optional<ObjectSet> parse_packfile(std::string&& pack, const ObjectNameFunction& objectName,
+                                        PackError* error = nullptr, const ByteLimits& limits = {});
+
 } // namespace corvandell::git

@@ -69,8 +69,7 @@ std::optional<std::vector<PktLine>> pkt_line_read(std::string_view buffer, std::
         if (*length < kLengthDigits || *length > buffer.size() - position) {
             return std::nullopt;
         }
-        lines.push_back(
-            PktLine{std::string(buffer.substr(position + kLengthDigits, *length - kLengthDigits)), false});
+        lines.push_back(PktLine{buffer.substr(position + kLengthDigits, *length - kLengthDigits), false});
         position += *length;
     }
     return lines;

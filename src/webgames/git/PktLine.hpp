@@ -9,8 +9,10 @@
 
 namespace corvandell::git {
 
+// A record read in place: the payload is a view into the buffer it was read from, so a
+// reply of many megabytes is walked without copying it record by record.
 struct PktLine {
-    std::string payload;
+    std::string_view payload;
     bool isFlush = false;
 };
 

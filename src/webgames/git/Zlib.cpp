@@ -2,6 +2,7 @@
 // and an Adler-32 trailer that is counted in the bytes occupied but never verified, as the
 // pack's own checksum is not either.
 #include "webgames/git/Inflate.hpp"
+#include "webgames/git/InflatePath.hpp"
 
 #include <cstdint>
 
@@ -9,6 +10,12 @@ namespace corvandell::git {
 
 std::optional<Inflated> inflate_zlib(std::string_view input, std::size_t expectedSize, InflateError* error,
                                      std::size_t maxOutputBytes) {
+    return inflate_detail::inflate_zlib_on(InflatePath::Fast, input, expectedSize, error, maxOutputBytes);
+}
+
+std::optional<Inflated> inflate_detail::inflate_zlib_on(InflatePath path, std::string_view input,
+                                                        std::size_t expectedSize, InflateError* error,
+                                                        std::size_t maxOutputBytes) {
     if (input.size() < 2) {
         if (error != nullptr) {
             *error = InflateError::TruncatedInput;
@@ -24,7 +31,7 @@ std::optional<Inflated> inflate_zlib(std::string_view input, std::size_t expecte
         }
         return std::nullopt;
     }
-    auto result = inflate_raw(input.substr(2), expectedSize, error, maxOutputBytes);
+    auto result = inflate_raw_on(path, input.substr(2), expectedSize, error, maxOutputBytes);
     if (result) {
         result->consumed += 2 + 4; // header and Adler-32 trailer
     }
