@@ -3,6 +3,8 @@
 // belongs to whatever page it landed on, so the fragment wins.
 #include "auth/SignInAddress.hpp"
 
+#include "base/AsciiText.hpp"
+
 #include <optional>
 
 namespace corvandell {
@@ -29,20 +31,6 @@ std::string_view parametersOf(std::string_view address) {
         return address.substr(question + 1);
     }
     return address;
-}
-
-bool isBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && isBlank(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
 }
 
 } // namespace
@@ -88,7 +76,7 @@ AddressTokens tokensFromAddress(std::string_view address) {
 
 std::string verificationTokenFromLink(std::string_view link) {
     static constexpr std::string_view kTokenKey = "token=";
-    std::string_view token = trimmed(link);
+    std::string_view token = trimAsciiBlanks(link);
     if (const std::size_t at = token.find(kTokenKey); at != std::string_view::npos) {
         token.remove_prefix(at + kTokenKey.size());
     }

@@ -1,5 +1,6 @@
 // ASCII case-insensitive comparisons for the names stores write in varying case (locales,
-// device families, file suffixes). Non-ASCII bytes compare exactly, so UTF-8 is safe.
+// device families, file suffixes), and ASCII blank trimming. Non-ASCII bytes compare
+// exactly and are never trimmed, so UTF-8 is safe.
 #pragma once
 
 #include <string>
@@ -37,6 +38,21 @@ inline bool startsWithIgnoringAsciiCase(std::string_view text, std::string_view 
 inline bool endsWithIgnoringAsciiCase(std::string_view text, std::string_view suffix) {
     return text.size() >= suffix.size() &&
            equalsIgnoringAsciiCase(text.substr(text.size() - suffix.size()), suffix);
+}
+
+inline bool isAsciiBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// The text without the spaces, tabs and line breaks around it.
+inline std::string_view trimAsciiBlanks(std::string_view text) {
+    while (!text.empty() && isAsciiBlank(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && isAsciiBlank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
 }
 
 } // namespace corvandell

@@ -3,6 +3,8 @@
 // instead of reading past the text.
 #include "stores/XmlText.hpp"
 
+#include "base/AsciiText.hpp"
+
 #include "stores/StoreRow.hpp"
 
 namespace corvandell {
@@ -19,12 +21,8 @@ struct Tag {
     size_t end = 0;   // just past the ">"
 };
 
-bool isBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
 bool isNameEnd(char c) {
-    return isBlank(c) || c == '/' || c == '>';
+    return isAsciiBlank(c) || c == '/' || c == '>';
 }
 
 // Markup that is not an element (comment, CDATA, declaration): from `open` past the
@@ -100,16 +98,6 @@ std::optional<Tag> closingTag(std::string_view xml, size_t from, std::string_vie
     return std::nullopt;
 }
 
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && isBlank(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
-}
-
 } // namespace
 
 std::vector<XmlElement> findXmlElements(std::string_view xml, std::string_view name) {
@@ -144,15 +132,15 @@ std::optional<std::string> xmlAttribute(const XmlElement& element, std::string_v
     const std::string_view text = element.attributes;
     size_t pos = 0;
     while (pos < text.size()) {
-        while (pos < text.size() && isBlank(text[pos])) {
+        while (pos < text.size() && isAsciiBlank(text[pos])) {
             ++pos;
         }
         const size_t nameStart = pos;
-        while (pos < text.size() && text[pos] != '=' && !isBlank(text[pos])) {
+        while (pos < text.size() && text[pos] != '=' && !isAsciiBlank(text[pos])) {
             ++pos;
         }
         const std::string_view attributeName = text.substr(nameStart, pos - nameStart);
-        while (pos < text.size() && isBlank(text[pos])) {
+        while (pos < text.size() && isAsciiBlank(text[pos])) {
             ++pos;
         }
         if (pos + 1 >= text.size() || text[pos] != '=') {
@@ -187,7 +175,7 @@ std::string xmlText(const XmlElement& element) {
         pos = tag->end;
     }
     text += decodeXmlEntities(content.substr(std::min(pos, content.size())));
-    return std::string(trimmed(text));
+    return std::string(trimAsciiBlanks(text));
 }
 
 } // namespace corvandell

@@ -13,19 +13,6 @@ namespace {
 constexpr wchar_t kClassName[] = L"CorvandellPlaytimePanel";
 constexpr int kTextTop = PlaytimePanel::kMargin * 2 + PlaytimePanel::kStarSize;
 
-void registerClass(HINSTANCE instance, WNDPROC procedure) {
-    WNDCLASSEXW windowClass{};
-    if (GetClassInfoExW(instance, kClassName, &windowClass)) {
-        return;
-    }
-    windowClass.cbSize = sizeof(windowClass);
-    windowClass.lpfnWndProc = procedure;
-    windowClass.hInstance = instance;
-    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    windowClass.lpszClassName = kClassName;
-    RegisterClassExW(&windowClass);
-}
-
 RECT starRect(int index) noexcept {
     const int left = PlaytimePanel::kMargin + index * (PlaytimePanel::kStarSize + PlaytimePanel::kStarGap);
     return {left, PlaytimePanel::kMargin, left + PlaytimePanel::kStarSize,
@@ -44,7 +31,7 @@ PlaytimePanel::~PlaytimePanel() {
 }
 
 bool PlaytimePanel::create(HWND parent, int controlId) {
-    registerClass(instance_, &Window::windowProcedure);
+    registerWindowClass(instance_, kClassName, &Window::windowProcedure, nullptr);
     CreateWindowExW(0, kClassName, L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, 0, 0, parent,
                     reinterpret_cast<HMENU>(static_cast<INT_PTR>(controlId)), instance_, this);
     return hwnd_ != nullptr;

@@ -32,4 +32,20 @@ std::wstring hwndText(HWND hwnd) {
     return text;
 }
 
+bool registerWindowClass(HINSTANCE instance, const wchar_t* className, WNDPROC procedure, HBRUSH background) {
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof(windowClass);
+    if (GetClassInfoExW(instance, className, &windowClass)) {
+        return true;
+    }
+    windowClass = WNDCLASSEXW{};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = instance;
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.hbrBackground = background;
+    windowClass.lpszClassName = className;
+    return RegisterClassExW(&windowClass) != 0;
+}
+
 } // namespace corvandell::win

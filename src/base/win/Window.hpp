@@ -35,4 +35,8 @@ protected:
 // A window's whole text (a control's caption or contents).
 std::wstring hwndText(HWND hwnd);
 
+// Registers a window class of the process once, whichever window asks first; `background`
+// may be null for windows that paint all of themselves. False when registering fails.
+bool registerWindowClass(HINSTANCE instance, const wchar_t* className, WNDPROC procedure, HBRUSH background);
+
 } // namespace corvandell::win

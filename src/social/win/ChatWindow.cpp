@@ -21,21 +21,6 @@ constexpr wchar_t kClassName[] = L"CorvandellChatWindow";
 constexpr int kMargin = 12;
 constexpr UINT_PTR kEnterSubclassId = 1;
 
-bool registerChatClass(HINSTANCE instance, WNDPROC procedure) {
-    WNDCLASSEXW windowClass{};
-    if (GetClassInfoExW(instance, kClassName, &windowClass)) {
-        return true;
-    }
-    windowClass = WNDCLASSEXW{};
-    windowClass.cbSize = sizeof(windowClass);
-    windowClass.lpfnWndProc = procedure;
-    windowClass.hInstance = instance;
-    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
-    windowClass.lpszClassName = kClassName;
-    return RegisterClassExW(&windowClass) != 0;
-}
-
 // Enter in the message edit presses Send; the edit itself would only beep.
 LRESULT CALLBACK enterSendsSubclass(HWND edit, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
                                     DWORD_PTR) noexcept {
@@ -77,7 +62,8 @@ ChatWindow::ChatWindow(HINSTANCE instance, HWND owner, const Settings* settings,
 
 ChatWindow* ChatWindow::open(HINSTANCE instance, HWND owner, const Settings* settings, const SocialLook& look,
                              std::vector<FriendInfo> friends, int showCommand) {
-    if (friends.empty() || !registerChatClass(instance, &Window::windowProcedure)) {
+    if (friends.empty() || !registerWindowClass(instance, kClassName, &Window::windowProcedure,
+                                                reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1))) {
         return nullptr;
     }
     auto* window = new ChatWindow(instance, owner, settings, look, std::move(friends));

@@ -24,21 +24,6 @@ constexpr int kRowHeight = 24;
 constexpr int kRowPadding = 8;
 constexpr int kMargin = 12;
 
-bool registerFriendsClass(HINSTANCE instance, WNDPROC procedure) {
-    WNDCLASSEXW windowClass{};
-    if (GetClassInfoExW(instance, kClassName, &windowClass)) {
-        return true;
-    }
-    windowClass = WNDCLASSEXW{};
-    windowClass.cbSize = sizeof(windowClass);
-    windowClass.lpfnWndProc = procedure;
-    windowClass.hInstance = instance;
-    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
-    windowClass.lpszClassName = kClassName;
-    return RegisterClassExW(&windowClass) != 0;
-}
-
 FriendsResult loadFriends(const Settings* settings) {
     WinHttpApiClient client(settings);
     FriendsResult result;
@@ -64,7 +49,8 @@ FriendsWindow::FriendsWindow(HINSTANCE instance, HWND owner, const Settings* set
 
 FriendsWindow* FriendsWindow::open(HINSTANCE instance, HWND owner, const Settings* settings,
                                    const SocialLook& look, ClosedNotice closedNotice, int showCommand) {
-    if (!registerFriendsClass(instance, &Window::windowProcedure)) {
+    if (!registerWindowClass(instance, kClassName, &Window::windowProcedure,
+                             reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1))) {
         return nullptr;
     }
     auto* window = new FriendsWindow(instance, owner, settings, look, closedNotice);
