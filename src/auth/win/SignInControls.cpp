@@ -14,7 +14,7 @@ namespace {
 enum class Kind { Label, CentredLabel, Edit, Button };
 enum class Group { Always, Browser, Email };
 
-struct ControlSpec {
+struct SignInControl {
     int id;
     Kind kind;
     Group group;
@@ -22,7 +22,7 @@ struct ControlSpec {
     RECT place; // left, top, width, height of the 460 x 632 client area
 };
 
-constexpr std::array<ControlSpec, 16> kControls{{
+constexpr std::array<SignInControl, 16> kControls{{
     {signin::Title, Kind::Label, Group::Always, L"Corvandell", {40, 28, 380, 34}},
     {signin::Subtitle, Kind::Label, Group::Always, L"Sign in to your account", {40, 64, 380, 20}},
     {signin::Google, Kind::Button, Group::Always, L"Continue with Google", {40, 198, 380, 40}},
@@ -63,9 +63,9 @@ UniqueFont createFont(int points, int weight) {
 }
 
 void showGroup(HWND window, Group group) {
-    for (const ControlSpec& spec : kControls) {
-        if (spec.group == group) {
-            ShowWindow(GetDlgItem(window, spec.id), SW_SHOW);
+    for (const SignInControl& control : kControls) {
+        if (control.group == group) {
+            ShowWindow(GetDlgItem(window, control.id), SW_SHOW);
         }
     }
 }
@@ -76,11 +76,11 @@ void SignInWindow::createControls() {
     font_ = createFont(9, FW_NORMAL);
     titleFont_ = createFont(18, FW_SEMIBOLD);
     const bool isOwnerDrawn = hooks_.paintHook != nullptr;
-    for (const ControlSpec& spec : kControls) {
+    for (const SignInControl& control : kControls) {
         const wchar_t* className = WC_STATICW;
         DWORD style = WS_CHILD;
         DWORD extendedStyle = 0;
-        switch (spec.kind) {
+        switch (control.kind) {
         case Kind::Label:
             style |= SS_LEFT;
             break;
@@ -96,16 +96,16 @@ void SignInWindow::createControls() {
             style |= WS_TABSTOP | (isOwnerDrawn ? BS_OWNERDRAW : BS_PUSHBUTTON);
             break;
         }
-        if (spec.group == Group::Always) {
+        if (control.group == Group::Always) {
             style |= WS_VISIBLE;
         }
         HWND child =
-            CreateWindowExW(extendedStyle, className, spec.text, style, spec.place.left, spec.place.top,
-                            spec.place.right, spec.place.bottom, hwnd_,
-                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(spec.id)), instance_, nullptr);
-        const HFONT font = spec.id == signin::Title ? titleFont_.get() : font_.get();
+            CreateWindowExW(extendedStyle, className, control.text, style, control.place.left,
+                            control.place.top, control.place.right, control.place.bottom, hwnd_,
+                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(control.id)), instance_, nullptr);
+        const HFONT font = control.id == signin::Title ? titleFont_.get() : font_.get();
         SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-        if (spec.kind == Kind::Button && hooks_.trackButtonHover != nullptr) {
+        if (control.kind == Kind::Button && hooks_.trackButtonHover != nullptr) {
             hooks_.trackButtonHover(child);
         }
     }
