@@ -10,6 +10,10 @@ LRESULT CALLBACK Window::windowProcedure(HWND hwnd, UINT message, WPARAM wParam,
         auto* window = static_cast<Window*>(create->lpCreateParams);
         if (window != nullptr) {
             window->hwnd_ = hwnd;
+            if (window->attachNotice_ != nullptr) {
+                *window->attachNotice_ = true;
+                window->attachNotice_ = nullptr;
+            }
             SetWindowLongPtrW(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(window));
         }
     }
@@ -24,6 +28,21 @@ LRESULT CALLBACK Window::windowProcedure(HWND hwnd, UINT message, WPARAM wParam,
         window->onFinalMessage();
     }
     return result;
+}
+
+bool Window::createSelfDeleting(Window* window, DWORD extendedStyle, const wchar_t* className,
+                                const wchar_t* title, int width, int height, HWND owner, HINSTANCE instance) {
+    bool isAttached = false;
+    window->attachNotice_ = &isAttached;
+    if (CreateWindowExW(extendedStyle, className, title, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
+                        width, height, owner, nullptr, instance, window) == nullptr) {
+        if (!isAttached) {
+            delete window;
+        }
+        return false;
+    }
+    window->attachNotice_ = nullptr;
+    return true;
 }
 
 std::wstring hwndText(HWND hwnd) {

@@ -29,7 +29,17 @@ protected:
     virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept = 0;
     virtual void onFinalMessage() noexcept {}
 
+    // Creates the window of an object that deletes itself in onFinalMessage, at the default
+    // position. False when creation fails, and the object is then gone either way: deleted
+    // by WM_NCDESTROY when creation got as far as WM_NCCREATE, deleted here otherwise.
+    static bool createSelfDeleting(Window* window, DWORD extendedStyle, const wchar_t* className,
+                                   const wchar_t* title, int width, int height, HWND owner,
+                                   HINSTANCE instance);
+
     HWND hwnd_ = nullptr;
+
+private:
+    bool* attachNotice_ = nullptr; // set while createSelfDeleting waits for WM_NCCREATE
 };
 
 // A window's whole text (a control's caption or contents).

@@ -67,18 +67,11 @@ ChatWindow* ChatWindow::open(HINSTANCE instance, HWND owner, const Settings* set
         return nullptr;
     }
     auto* window = new ChatWindow(instance, owner, settings, look, std::move(friends));
-    bool isAttached = false;
-    window->attachedFlag_ = &isAttached;
     // A taskbar button of its own: a chat is a window the user switches to.
-    if (CreateWindowExW(WS_EX_APPWINDOW, kClassName, L"Corvandell Chat", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT,
-                        CW_USEDEFAULT, 540, 480, owner, nullptr, instance, window) == nullptr) {
-        // Once attached, the failed creation ended in WM_NCDESTROY, which deleted the object.
-        if (!isAttached) {
-            delete window;
-        }
+    if (!createSelfDeleting(window, WS_EX_APPWINDOW, kClassName, L"Corvandell Chat", 540, 480, owner,
+                            instance)) {
         return nullptr;
     }
-    window->attachedFlag_ = nullptr;
     ShowWindow(window->hwnd_, showCommand);
     UpdateWindow(window->hwnd_);
     window->load();
@@ -86,10 +79,6 @@ ChatWindow* ChatWindow::open(HINSTANCE instance, HWND owner, const Settings* set
 }
 
 LRESULT ChatWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    if (message == WM_NCCREATE && attachedFlag_ != nullptr) {
-        *attachedFlag_ = true;
-        attachedFlag_ = nullptr;
-    }
     try {
         LRESULT result = 0;
         if (look_.messageHook != nullptr && look_.messageHook(hwnd_, message, wParam, lParam, result)) {

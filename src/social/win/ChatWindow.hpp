@@ -114,7 +114,6 @@ private:
     VoiceState voiceState_ = VoiceState::Off;
     std::string roomId_;
     VoiceBlockObserver voiceObserver_;
-    bool* attachedFlag_ = nullptr; // set while open() creates the window
     UniqueFont font_;
     HWND transcriptEdit_ = nullptr;
     // Declared before the jobs, which may be starting it, so it is destroyed after them.

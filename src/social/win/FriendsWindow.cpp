@@ -54,17 +54,9 @@ FriendsWindow* FriendsWindow::open(HINSTANCE instance, HWND owner, const Setting
         return nullptr;
     }
     auto* window = new FriendsWindow(instance, owner, settings, look, closedNotice);
-    bool isAttached = false;
-    window->attachedFlag_ = &isAttached;
-    if (CreateWindowExW(0, kClassName, L"Corvandell Friends", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT,
-                        CW_USEDEFAULT, 380, 560, owner, nullptr, instance, window) == nullptr) {
-        // Once attached, the failed creation ended in WM_NCDESTROY, which deleted the object.
-        if (!isAttached) {
-            delete window;
-        }
+    if (!createSelfDeleting(window, 0, kClassName, L"Corvandell Friends", 380, 560, owner, instance)) {
         return nullptr;
     }
-    window->attachedFlag_ = nullptr;
     ShowWindow(window->hwnd_, showCommand);
     UpdateWindow(window->hwnd_);
     window->refresh();
@@ -72,10 +64,6 @@ FriendsWindow* FriendsWindow::open(HINSTANCE instance, HWND owner, const Setting
 }
 
 LRESULT FriendsWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    if (message == WM_NCCREATE && attachedFlag_ != nullptr) {
-        *attachedFlag_ = true;
-        attachedFlag_ = nullptr;
-    }
     try {
         LRESULT result = 0;
         if (look_.messageHook != nullptr && message != WM_DRAWITEM &&

@@ -68,7 +68,6 @@ private:
     const Settings* settings_;
     SocialLook look_;
     ClosedNotice closedNotice_;
-    bool* attachedFlag_ = nullptr; // set while open() creates the window
     std::string ownUserId_;
     std::vector<FriendInfo> friends_;
     UniqueFont font_;
