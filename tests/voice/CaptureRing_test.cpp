@@ -37,22 +37,27 @@ TEST(CaptureRing, DoneBlocksAreSentInRingOrderAndAlwaysQueuedAgain) {
         std::array<bool, 4> done;
         bool isMuted;
         bool sendFails;
+        int percent;
         std::vector<std::size_t> sent;
         std::vector<std::size_t> requeued;
     } cases[] = {
-        {"none done", {false, false, false, false}, false, false, {}, {}},
-        {"all done", {true, true, true, true}, false, false, {0, 1, 2, 3}, {0, 1, 2, 3}},
-        {"some done", {false, true, false, true}, false, false, {1, 3}, {1, 3}},
-        {"muted: cycling, not sending", {true, true, false, true}, true, false, {}, {0, 1, 3}},
-        {"failed sends are ignored", {true, false, true, false}, false, true, {0, 2}, {0, 2}},
+        {"none done", {false, false, false, false}, false, false, 100, {}, {}},
+        {"all done", {true, true, true, true}, false, false, 100, {0, 1, 2, 3}, {0, 1, 2, 3}},
+        {"some done", {false, true, false, true}, false, false, 100, {1, 3}, {1, 3}},
+        {"muted: cycling, not sending", {true, true, false, true}, true, false, 100, {}, {0, 1, 3}},
+        {"failed sends are ignored", {true, false, true, false}, false, true, 100, {0, 2}, {0, 2}},
+        // Block b's samples, 0x0101 * (b + 1), still tell the block by their low byte once doubled.
+        {"input volume doubled", {true, true, false, false}, false, false, 200, {0, 1}, {0, 1}},
     };
-    for (const auto& [what, done, isMuted, sendFails, sent, requeued] : cases) {
+    for (const auto& [what, done, isMuted, sendFails, percent, sent, requeued] : cases) {
         ScriptedCaptureDevice device(done);
         std::vector<std::size_t> sentBlocks;
         const CaptureRingPass pass = pumpCaptureRing(
-            device, isMuted, 100, [&, sendFails = sendFails](std::span<const std::uint8_t> bytes) {
+            device, isMuted, percent,
+            [&, sendFails = sendFails, percent = percent](std::span<const std::uint8_t> bytes) {
                 EXPECT_EQ(bytes.size(), kCaptureBlockBytes) << what;
-                sentBlocks.push_back(static_cast<std::size_t>(bytes[0] - 1));
+                EXPECT_EQ(bytes[0], bytes[1]) << what;
+                sentBlocks.push_back(static_cast<std::size_t>(bytes[0] * 100 / percent - 1));
                 return !sendFails;
             });
         EXPECT_EQ(sentBlocks, sent) << what;
@@ -60,19 +65,6 @@ TEST(CaptureRing, DoneBlocksAreSentInRingOrderAndAlwaysQueuedAgain) {
         EXPECT_EQ(pass.blocksDone, requeued.size()) << what;
         EXPECT_EQ(pass.blocksSent, sent.size()) << what;
     }
-}
-
-TEST(CaptureRing, TheInputVolumeScalesWhatIsSent) {
-    ScriptedCaptureDevice device({true, false, false, false});
-    std::vector<std::uint8_t> first;
-    pumpCaptureRing(device, false, 200, [&](std::span<const std::uint8_t> bytes) {
-        first.assign(bytes.begin(), bytes.end());
-        return true;
-    });
-    ASSERT_EQ(first.size(), kCaptureBlockBytes);
-    // 0x0101 = 257 doubled is 514 = 0x0202.
-    EXPECT_EQ(first[0], 0x02);
-    EXPECT_EQ(first[1], 0x02);
 }
 
 } // namespace

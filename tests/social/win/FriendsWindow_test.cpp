@@ -24,10 +24,6 @@ void click(HWND window, int id) {
     SendMessageW(window, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), 0);
 }
 
-std::wstring textOf(HWND control) {
-    return hwndText(control);
-}
-
 std::vector<std::wstring> listItems(HWND list) {
     std::vector<std::wstring> items;
     const auto count = static_cast<int>(SendMessageW(list, LB_GETCOUNT, 0, 0));
@@ -38,12 +34,6 @@ std::vector<std::wstring> listItems(HWND list) {
         items.push_back(text);
     }
     return items;
-}
-
-void closeAll(const wchar_t* className) {
-    for (HWND window : test::windowsOfClass(className)) {
-        DestroyWindow(window);
-    }
 }
 
 class FriendsWindowTest : public ::testing::Test {
@@ -57,8 +47,11 @@ protected:
         test::callAs(gamer_, "POST", std::string("/api/v1/software/") + kFreeTitleId + "/launch");
     }
     void TearDown() override {
-        closeAll(L"CorvandellChatWindow");
-        closeAll(L"CorvandellFriendsWindow");
+        for (const wchar_t* className : {L"CorvandellChatWindow", L"CorvandellFriendsWindow"}) {
+            for (HWND window : test::windowsOfClass(className)) {
+                DestroyWindow(window);
+            }
+        }
     }
 
     void openAndLoad() {
@@ -67,34 +60,38 @@ protected:
         ASSERT_NE(window_, nullptr);
         ASSERT_TRUE(pumpUntil([&] { return status() == L"Friends refreshed"; }, 10000)) << narrow(status());
     }
-    std::wstring status() const { return textOf(window_->control(social::kFriendsStatus)); }
+    std::wstring status() const { return hwndText(window_->control(social::kFriendsStatus)); }
 
     test::StandInUser me_, pal_, gamer_;
     test::PostBox postBox_;
     FriendsWindow* window_ = nullptr;
 };
 
-TEST_F(FriendsWindowTest, ShowsTheOwnIdAndEachFriendWithTheGameInPlaceOfOnline) {
+TEST_F(FriendsWindowTest, ShowsTheOwnIdAndEachFriendWithTheGameAndSaysWhenItCloses) {
     openAndLoad();
-    EXPECT_EQ(textOf(window_->control(social::kOwnIdEdit)), widen(me_.userId));
+    EXPECT_EQ(hwndText(window_->control(social::kOwnIdEdit)), widen(me_.userId));
     const std::vector<std::wstring> names = listItems(window_->control(social::kFriendsList));
-    std::vector<std::wstring> expected{widen(gamer_.username), widen(pal_.username)};
-    EXPECT_EQ(names, expected); // the service lists them by name
+    EXPECT_EQ(names, (std::vector{widen(gamer_.username), widen(pal_.username)})); // by name
     ASSERT_EQ(window_->friends().size(), 2u);
     EXPECT_EQ(window_->friends()[0].currentGame, "Paper Moth");
     EXPECT_EQ(window_->friends()[1].currentGame, "");
-    wchar_t className[64] = {};
-    GetClassNameW(window_->hwnd(), className, 64);
-    EXPECT_STREQ(className, L"CorvandellFriendsWindow");
-    EXPECT_EQ(textOf(window_->hwnd()), L"Corvandell Friends");
+    EXPECT_EQ(hwndText(window_->hwnd()), L"Corvandell Friends");
+    EXPECT_EQ(test::windowsOfClass(L"CorvandellFriendsWindow").size(), 1u);
     for (const auto& [id, caption] : std::vector<std::pair<int, std::wstring>>{
              {social::kAddButton, L"Add"},
              {social::kRefreshButton, L"Refresh"},
              {social::kChatSelectedButton, L"Chat Selected"},
              {social::kCopyButton, L"Copy"},
              {social::kHintLine, L"Select one or more friends to chat."}}) {
-        EXPECT_EQ(textOf(window_->control(id)), caption) << id;
+        EXPECT_EQ(hwndText(window_->control(id)), caption) << id;
     }
+    // Closing tells the main window, with kind 1 and the handle.
+    const HWND closed = window_->hwnd();
+    DestroyWindow(closed);
+    MSG notice{};
+    ASSERT_TRUE(postBox_.take(kClosedMessage, notice));
+    EXPECT_EQ(notice.wParam, 1u);
+    EXPECT_EQ(reinterpret_cast<HWND>(notice.lParam), closed);
 }
 
 TEST_F(FriendsWindowTest, AddSendsTheRequestToTheTypedIdAndRefreshes) {
@@ -147,19 +144,8 @@ TEST_F(FriendsWindowTest, ChatSelectedNeedsASelectionAndOpensANewChatOnEveryPres
     ASSERT_EQ(chats.size(), 2u);
     // Both are the same group, named after the selected friends in list order.
     const std::wstring title = widen(gamer_.username + ", " + pal_.username);
-    EXPECT_TRUE(pumpUntil([&] { return textOf(chats[0]) == title && textOf(chats[1]) == title; }, 10000))
-        << narrow(textOf(chats[0]));
-}
-
-TEST_F(FriendsWindowTest, ClosingTellsTheMainWindowWithKindOneAndItsHandle) {
-    openAndLoad();
-    const HWND closed = window_->hwnd();
-    DestroyWindow(closed);
-    window_ = nullptr;
-    MSG notice{};
-    ASSERT_TRUE(postBox_.take(kClosedMessage, notice));
-    EXPECT_EQ(notice.wParam, 1u);
-    EXPECT_EQ(reinterpret_cast<HWND>(notice.lParam), closed);
+    EXPECT_TRUE(pumpUntil([&] { return hwndText(chats[0]) == title && hwndText(chats[1]) == title; }, 10000))
+        << narrow(hwndText(chats[0]));
 }
 
 } // namespace

@@ -46,12 +46,9 @@ bool saveWindowBmp(HWND window, const std::filesystem::path& file) {
     info.biCompression = BI_RGB;
     const int stride = (width * 3 + 3) & ~3;
     std::vector<char> pixels(static_cast<std::size_t>(stride) * static_cast<std::size_t>(height));
-    const int lines = GetDIBits(memoryDc.get(), bitmap.get(), 0, static_cast<UINT>(height), pixels.data(),
-                                reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS);
+    const bool copied = GetDIBits(memoryDc.get(), bitmap.get(), 0, static_cast<UINT>(height), pixels.data(),
+                                  reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS) == height;
     ReleaseDC(window, windowDc);
-    if (lines != height) {
-        return false;
-    }
     BITMAPFILEHEADER header{};
     header.bfType = 0x4D42; // "BM"
     header.bfOffBits = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
@@ -60,7 +57,7 @@ bool saveWindowBmp(HWND window, const std::filesystem::path& file) {
     out.write(reinterpret_cast<const char*>(&header), sizeof(header));
     out.write(reinterpret_cast<const char*>(&info), sizeof(info));
     out.write(pixels.data(), static_cast<std::streamsize>(pixels.size()));
-    return static_cast<bool>(out);
+    return copied && static_cast<bool>(out);
 }
 
 TEST(SocialScreenshots, DISABLED_FriendsWindowAndAGroupChatAsTheDemoUserSeesThem) {
@@ -102,15 +99,16 @@ TEST(SocialScreenshots, DISABLED_FriendsWindowAndAGroupChatAsTheDemoUserSeesThem
 
     SetWindowPos(friends, HWND_TOP, 20, 20, 380, 560, SWP_SHOWWINDOW);
     SetWindowPos(chat, HWND_TOP, 420, 20, 560, 480, SWP_SHOWWINDOW);
-    RedrawWindow(friends, nullptr, nullptr,
-                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW | RDW_FRAME);
-    RedrawWindow(chat, nullptr, nullptr,
-                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW | RDW_FRAME);
+    for (HWND window : {friends, chat}) {
+        RedrawWindow(window, nullptr, nullptr,
+                     RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW | RDW_FRAME);
+    }
     test::pumpUntil([] { return false; }, 800);
-    EXPECT_TRUE(saveWindowBmp(friends, std::filesystem::path(folder) / "friends-window.bmp"));
-    EXPECT_TRUE(saveWindowBmp(chat, std::filesystem::path(folder) / "group-chat.bmp"));
-    DestroyWindow(chat);
-    DestroyWindow(friends);
+    for (const auto& [window, name] :
+         {std::pair{friends, "friends-window.bmp"}, std::pair{chat, "group-chat.bmp"}}) {
+        EXPECT_TRUE(saveWindowBmp(window, std::filesystem::path(folder) / name)) << name;
+        DestroyWindow(window);
+    }
 }
 
 } // namespace
