@@ -159,38 +159,15 @@ TEST(LibraryMerge, RowsCarryTheirSourcesFields) {
     EXPECT_EQ(rows[1].category, "Epic Games");
 }
 
-TEST(LibraryMerge, BrowserGameDescriptionsSayWhereTheGameComesFromAndHowItRuns) {
-    const std::vector<std::pair<RepositoryGame, std::string>> cases{
-        {sharedGame("g1", "Tiny Tower", "game/index.html", true),
-         "Browser game from https://github.com/o/g1\r\nShared by alice (verified repo owner)\r\n"
-         "Launches game/index.html in a fullscreen browser."},
-        {sharedGame("g2", "Pixel Garden", "https://o.github.io/g2/", false),
-         "Browser game from https://github.com/o/g2\r\nShared by alice (unverified submitter)\r\n"
-         "Loads https://o.github.io/g2/ in a fullscreen browser - nothing to install."},
-    };
-    for (const auto& [game, description] : cases) {
-        const LibraryItem row = rowFromBrowserGame(game, "");
-        EXPECT_EQ(row.description, description);
-        EXPECT_EQ(row.key, "github:" + game.id);
-        EXPECT_EQ(row.category + "/" + row.platform, "GitHub/web");
-    }
-}
-
 TEST(LibraryMerge, TheStatusLineLeadsWithTheAccountHintAndCountsEachSourceBeforeMerging) {
-    LibraryResult withAll;
-    withAll.succeeded = true;
-    withAll.catalogue = {title("t1", "Sky Forge 2")};
-    withAll.entitlements = {owns("t1")};
+    const LibraryResult catalogueOnly{
+        .succeeded = true, .catalogue = {title("t1", "Sky Forge 2")}, .entitlements = {owns("t1")}};
+    const LibraryResult noEntitlements{.succeeded = true, .catalogue = catalogueOnly.catalogue};
+    LibraryResult withAll = catalogueOnly;
     withAll.steamRows = {steamGame("10", "Sky Forge 2"), steamGame("11", "Moss")};
     withAll.storeRows = {storeGame("epic", "e1", "Moss")};
     withAll.browserGames = {sharedGame("g1", "A", "a.html", true), sharedGame("g2", "B", "b.html", true),
                             sharedGame("g3", "C", "c.html", true)};
-    LibraryResult catalogueOnly;
-    catalogueOnly.succeeded = true;
-    catalogueOnly.catalogue = withAll.catalogue;
-    catalogueOnly.entitlements = withAll.entitlements;
-    LibraryResult noEntitlements = catalogueOnly;
-    noEntitlements.entitlements.clear();
 
     const std::vector<std::tuple<LibraryResult, bool, std::string>> cases{
         {catalogueOnly, true, "Library refreshed."},
@@ -214,14 +191,12 @@ TEST(LibraryMerge, TheStatusLineLeadsWithTheAccountHintAndCountsEachSourceBefore
 }
 
 TEST(LibraryMerge, AFailedRefreshKeepsTheRowsShownAndOnAnEmptyListShowsTheLocalGames) {
-    LibraryResult failed;
-    failed.succeeded = false;
-    failed.errorText = "Refresh failed: HTTP request failed";
-    failed.catalogue = {title("t1", "Never shown")};
-    failed.steamRows = {steamGame("10", "Moss"), steamGame("11", "MOSS")};
-    failed.storeRows = {storeGame("epic", "e1", "Moss"), storeGame("gog", "g1", "Hades")};
-    LibraryResult failedWithNothing;
-    failedWithNothing.errorText = "Refresh failed: Invalid URL";
+    const LibraryResult failed{
+        .catalogue = {title("t1", "Never shown")},
+        .steamRows = {steamGame("10", "Moss"), steamGame("11", "MOSS")},
+        .storeRows = {storeGame("epic", "e1", "Moss"), storeGame("gog", "g1", "Hades")},
+        .errorText = "Refresh failed: HTTP request failed"};
+    const LibraryResult failedWithNothing{.errorText = "Refresh failed: Invalid URL"};
 
     struct FailureCase {
         bool hasRowsShown;
@@ -249,8 +224,7 @@ TEST(LibraryMerge, AFailedRefreshKeepsTheRowsShownAndOnAnEmptyListShowsTheLocalG
 
 TEST(LibraryMerge, SearchMatchesAnywhereInTheTitleIgnoringAsciiCaseAndOuterSpaces) {
     const std::vector<std::tuple<std::string, std::string, bool>> cases{
-        {"Sky Forge 2", "", true},        {"Sky Forge 2", "   ", true},
-        {"Sky Forge 2", "FORGE", true},   {"Sky Forge 2", " forge 2 ", true},
+        {"Sky Forge 2", "   ", true},     {"Sky Forge 2", " forge 2 ", true},
         {"Sky Forge 2", "forge3", false}, {"Sky-Forge 2", "sky forge", false},
         {"Éclair", "éCLAIR", true},       {"×", "÷", false},
         {"Short", "Shorter", false},

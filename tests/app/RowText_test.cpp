@@ -58,9 +58,9 @@ LibraryItem storeRow(bool installed, bool hasExecutable) {
     return row;
 }
 
-LibraryItem browserRow(const std::string& launch, bool cloned) {
+LibraryItem browserRow(const std::string& launch, bool cloned, bool verified = true) {
     return rowFromBrowserGame(RepositoryGame{"g1", "https://github.com/alice-codes/tiny-tower", "alice-codes",
-                                             "tiny-tower", "Tiny Tower", launch, true, "alice"},
+                                             "tiny-tower", "Tiny Tower", launch, verified, "alice"},
                               cloned ? "C:\\data\\github\\alice-codes-tiny-tower" : "");
 }
 
@@ -162,9 +162,10 @@ TEST(RowText, TheDetailsPaneDescribesEachKindOfRow) {
         {storeRow(true, false), "Moss\r\n\r\nCategory: Epic Games\r\nPlatform: windows\r\nState: "
                                 "Installed\r\nEpic Games id: Moss\r\n"
                                 "Launches through the Epic Games client.\r\nInstall path: D:\\Epic\\Moss"},
-        {browserRow("https://alice-codes.github.io/tiny-tower/", false),
+        {browserRow("https://alice-codes.github.io/tiny-tower/", false, false),
          "Tiny Tower\r\n\r\nBrowser game from https://github.com/alice-codes/tiny-tower\r\nShared by alice "
-         "(verified repo owner)\r\nLoads https://alice-codes.github.io/tiny-tower/ in a fullscreen browser - "
+         "(unverified submitter)\r\nLoads https://alice-codes.github.io/tiny-tower/ in a fullscreen browser "
+         "- "
          "nothing to install.\r\n\r\nCategory: GitHub\r\nPlatform: web\r\nState: Web (hosted)"},
         {browserRow("index.html", false),
          "Tiny Tower\r\n\r\nBrowser game from https://github.com/alice-codes/tiny-tower\r\nShared by alice "

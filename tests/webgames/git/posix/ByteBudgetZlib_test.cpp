@@ -7,6 +7,7 @@
 #include "webgames/git/Packfile.hpp"
 
 #include "support/PackWriter.hpp"
+#include "support/posix/ZlibDeflate.hpp"
 #include "webgames/git/Sha1.hpp"
 
 #include <gtest/gtest.h>
@@ -54,16 +55,6 @@ std::string zlib_of_zeros(std::size_t zeros) {
     return out;
 }
 
-std::string zlib_of(const std::string& data) {
-    uLongf size = compressBound(static_cast<uLong>(data.size()));
-    std::string out(size, '\0');
-    EXPECT_EQ(compress2(reinterpret_cast<Bytef*>(out.data()), &size,
-                        reinterpret_cast<const Bytef*>(data.data()), static_cast<uLong>(data.size()), 9),
-              Z_OK);
-    out.resize(size);
-    return out;
-}
-
 // The kernel's high-water mark of this process's resident memory, reset by writing 5 to
 // clear_refs, so each case sees only its own peak.
 long peak_resident_kb() {
@@ -101,12 +92,7 @@ TEST(ByteBudgetZlib, InflateStopsAtItsOutputLimitWithoutTakingTheRest) {
     for (std::size_t i = 0; i < noise.size(); ++i) {
         noise[i] = static_cast<char>((i * 2654435761u) >> 13);
     }
-    uLongf storedSize = compressBound(static_cast<uLong>(noise.size()));
-    std::string stored(storedSize, '\0');
-    ASSERT_EQ(compress2(reinterpret_cast<Bytef*>(stored.data()), &storedSize,
-                        reinterpret_cast<const Bytef*>(noise.data()), static_cast<uLong>(noise.size()), 0),
-              Z_OK);
-    stored.resize(storedSize);
+    const std::string stored = test::deflate_with_zlib(noise, 0);
     struct Case {
         const char* what;
         const std::string& stream;
@@ -150,11 +136,11 @@ TEST(ByteBudgetZlib, EachPackLimitHoldsToTheByteAndRefusesWithoutTakingTheMemory
     const auto copies = [&](std::uint64_t targetBytes, std::size_t opcodes) {
         const std::string delta =
             test::delta_varint(base.size()) + test::delta_varint(targetBytes) + std::string(opcodes, '\x80');
-        return std::pair(
-            pack_of({pack_entry(3, base.size(), zlib_of(base)),
-                     pack_entry(7, delta.size(),
-                                test::from_hex(test::git_object_name(3, base)) + zlib_of(delta))}),
-            base.size() + delta.size() + targetBytes);
+        return std::pair(pack_of({pack_entry(3, base.size(), test::deflate_with_zlib(base, 9)),
+                                  pack_entry(7, delta.size(),
+                                             test::from_hex(test::git_object_name(3, base)) +
+                                                 test::deflate_with_zlib(delta, 9))}),
+                         base.size() + delta.size() + targetBytes);
     };
     const auto [threeCopies, threeCopiesTotal] = copies(3 * 0x10000, 3);
     // The total allowed a pack of P bytes is P * 256 + the allowance: here exactly 1 MiB.

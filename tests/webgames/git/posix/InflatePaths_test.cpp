@@ -6,6 +6,7 @@
 #include "webgames/git/InflatePath.hpp"
 
 #include "support/TempFolder.hpp"
+#include "support/posix/ZlibDeflate.hpp"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -20,20 +21,7 @@ namespace corvandell::git {
 namespace {
 
 using inflate_detail::inflate_zlib_on;
-
-std::string deflate_with_zlib(const std::string& data, int level, int strategy) {
-    z_stream stream{};
-    EXPECT_EQ(deflateInit2(&stream, level, Z_DEFLATED, 15, 8, strategy), Z_OK);
-    std::string out(2 * data.size() + 1024, '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
-    stream.avail_in = static_cast<uInt>(data.size());
-    stream.next_out = reinterpret_cast<Bytef*>(out.data());
-    stream.avail_out = static_cast<uInt>(out.size());
-    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    out.resize(stream.total_out);
-    deflateEnd(&stream);
-    return out;
-}
+using test::deflate_with_zlib;
 
 // Both paths on one input with one size hint and output limit; returns whether it decoded.
 bool expect_paths_agree(const std::string& input, std::size_t sizeHint, std::size_t maxOutput) {
