@@ -5,6 +5,7 @@
 
 #include "app/LibraryItem.hpp"
 
+#include <cstdint>
 #include <string>
 
 namespace corvandell {
@@ -12,9 +13,12 @@ namespace corvandell {
 enum class RowAction { None = 0, Install = 1, Update = 2, Launch = 3 };
 
 // The one game the client follows while it runs (0 none, 1 launching, 2 running, 3 stopping).
+// Its handles, token and session live with the window; this is what rows and the overlay see.
 struct TrackedGame {
     std::string key;
     int state = 0;
+    std::string title;            // UTF-8; the overlay shows "In game" when it is empty
+    std::uint64_t launchTick = 0; // GetTickCount64 when tracking began: the session clock
     bool isTracking(const LibraryItem& row) const noexcept { return state != 0 && row.key == key; }
 };
 
