@@ -1,0 +1,39 @@
+// The overlay's session clock: hours are never wrapped, and a tick before the launch (a
+// wrong or foreign tick) reads as no time rather than as a huge one.
+#include "app/SessionClock.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+namespace corvandell {
+namespace {
+
+TEST(SessionClock, ElapsedTimeReadsAsHoursMinutesAndSeconds) {
+    constexpr std::uint64_t kHourMs = 3'600'000;
+    const struct {
+        std::uint64_t launchTick;
+        std::uint64_t nowTick;
+        std::string text;
+    } cases[] = {
+        {1000, 1000, "Session time 0:00:00"},
+        {1000, 1999, "Session time 0:00:00"}, // whole seconds only, never rounded up
+        {1000, 2000, "Session time 0:00:01"},
+        {0, 59'999, "Session time 0:00:59"},
+        {0, 60'000, "Session time 0:01:00"},
+        {0, kHourMs - 1, "Session time 0:59:59"},
+        {0, kHourMs + 62'000, "Session time 1:01:02"},
+        {500, 500 + 100 * kHourMs + 3'599'000, "Session time 100:59:59"},
+        {5000, 4000, "Session time 0:00:00"},
+        {UINT64_MAX - 1000, UINT64_MAX, "Session time 0:00:01"},
+        {0, UINT64_MAX, "Session time 5124095576:30:07"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(sessionTimeText(sessionElapsedMs(c.launchTick, c.nowTick)), c.text)
+            << c.launchTick << " to " << c.nowTick;
+    }
+}
+
+} // namespace
+} // namespace corvandell
