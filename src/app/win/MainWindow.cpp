@@ -276,9 +276,7 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_HOTKEY:
         if (wParam == kOverlayHotkeyId) {
-            if (HWND overlay = childWindow(ChildKind::Overlay); overlay != nullptr) {
-                DestroyWindow(overlay);
-            }
+            toggleOverlay();
         }
         return 0;
     case MsgLibraryResult:

@@ -77,6 +77,10 @@ public:
     bool hasRowIcon(const std::string& key) const { return rowIcons_.contains(key); }
     // What the list shows in a cell, as a screen reader reads it.
     std::wstring cellText(int row, int column) const;
+    // Shift+Tab: closes the overlay, or opens it over the tracked game (MainWindowOverlay.cpp).
+    void toggleOverlay();
+    // Tests stand in for the launch flow with this.
+    void setTrackedGameForTest(TrackedGame game) { tracked_ = std::move(game); }
 
 private:
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
