@@ -12,7 +12,7 @@
 namespace corvandell::win {
 namespace {
 
-constexpr int kPanelAlpha = 246;    // the game barely shows through the panel's text
+constexpr int kPanelAlpha = 250;    // a hint of the game behind the panel, never behind its text
 constexpr int kBackdropAlpha = 150; // dims the game to about 40%, still recognisable
 constexpr int kShadowAlpha = 90;    // at the panel's edge, fading out over the shadow width
 
@@ -222,12 +222,14 @@ void OverlayPainter::drawButton(const OverlayRect& where, const OverlayButtonLoo
     }
     RECT rect = toRect(where);
     if (look.isFocused) {
-        // A ring just outside the button, apart from it by a gap of the panel's colour, so
-        // it shows around the accent-coloured button too.
+        // A ring just outside the button, apart from it by a gap of the panel's colour; in
+        // the text colour around the accent-coloured button, where an accent ring would
+        // melt into it.
         RECT ring = rect;
         const int gap = scaled(3);
         InflateRect(&ring, gap, gap);
-        roundedOutline(dc, ring, radius + gap, std::max(1, scaled(2)), skin.accent);
+        roundedOutline(dc, ring, radius + gap, std::max(1, scaled(2)),
+                       look.isPrimary ? skin.controlText : skin.accent);
     }
     roundedFill(dc, rect, radius, background);
 
@@ -284,8 +286,8 @@ void OverlayPainter::drawFriends(const OverlayLayout& layout, const OverlayScene
         }
         const std::wstring state = widen(friendRow.state);
         RECT stateRect{rowRect.left, top, rowRect.right - padding, rowRect.bottom};
-        const int stateWidth =
-            std::min(textWidth(dc, state, smallFont_.get()), static_cast<int>(rowRect.right - rowRect.left) / 2);
+        const int stateWidth = std::min(textWidth(dc, state, smallFont_.get()),
+                                        static_cast<int>(rowRect.right - rowRect.left) / 2);
         const Rgb stateColour = friendRow.presence == FriendPresence::Playing ? skin.accent : skin.mutedText;
         stateRect.left = stateRect.right - stateWidth;
         text(dc, state, stateRect, smallFont_.get(), stateColour, DT_RIGHT | DT_END_ELLIPSIS);

@@ -50,14 +50,13 @@ OverlayWindow* OverlayWindow::open(HINSTANCE instance, OverlaySetup setup, int s
     }
     window->attachNotice_ = nullptr;
     window->coverMonitor();
-    window->present(); // before it is shown, so the first thing on screen is the whole picture
+    window->loadFriends();
+    window->onTick(); // draws before the window is shown: the first thing on screen is the whole picture
     ShowWindow(created, showCommand);
     if (showCommand != SW_HIDE && showCommand != SW_SHOWNOACTIVATE && showCommand != SW_SHOWNA) {
         SetForegroundWindow(created);
         SetFocus(created);
     }
-    window->onTick();
-    window->loadFriends();
     return window;
 }
 
@@ -218,6 +217,7 @@ LRESULT OverlayWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
         // The user went to another program (Alt+Tab, the Start menu): a topmost overlay
         // left behind would cover it.
         if (wParam == FALSE) {
+            hasLostToAnotherProgram_ = true;
             PostMessageW(hwnd_, WM_CLOSE, 0, 0);
         }
         return 0;
@@ -248,7 +248,8 @@ void OverlayWindow::onDestroy() noexcept {
         PostMessageW(setup_.owner, MsgChildClosed, static_cast<WPARAM>(ChildKind::Overlay),
                      reinterpret_cast<LPARAM>(hwnd_));
     }
-    if (setup_.gameWindow != nullptr && IsWindow(setup_.gameWindow)) {
+    // Back to the game, unless the user has gone to another program meanwhile.
+    if (!hasLostToAnotherProgram_ && setup_.gameWindow != nullptr && IsWindow(setup_.gameWindow)) {
         SetForegroundWindow(setup_.gameWindow);
     }
 }
@@ -264,11 +265,9 @@ void OverlayWindow::onTick() {
 void OverlayWindow::loadFriends() {
     if (!setup_.api) {
         friendsNotice_ = L"Sign in to see your friends here.";
-        present();
         return;
     }
     friendsNotice_ = L"Loading friends...";
-    present();
     jobThreads_.start<OverlayFriendsResult>(hwnd_, MsgOverlayFriends, [api = setup_.api] {
         OverlayFriendsResult result;
         try {

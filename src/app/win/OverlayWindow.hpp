@@ -97,7 +97,7 @@ private:
     void onFinalMessage() noexcept override { delete this; }
 
     void coverMonitor();
-    void loadFriends();
+    void loadFriends(); // starts the job; the caller draws the notice
     void onFriendsResult(std::unique_ptr<OverlayFriendsResult> result);
     void onTick();
     void onKey(UINT key);
@@ -126,6 +126,7 @@ private:
     int hovered_ = -1;
     int pressed_ = -1;
     bool isTrackingLeave_ = false;
+    bool hasLostToAnotherProgram_ = false;
     std::vector<OverlayFriendRow> friends_;
     std::wstring friendsNotice_;
     std::wstring friendsCount_;

@@ -24,13 +24,14 @@ namespace {
 constexpr std::uint64_t kLaunchTick = 50'000'000;
 
 // A top-level window standing in for the main window: it keeps every private message it
-// is sent, in order.
+// is sent, in order. It is visible, so it is what the system would activate when its
+// overlay ends, unless the overlay hands the keyboard back to the game itself.
 class RecordingOwner {
 public:
     RecordingOwner() {
         registerWindowClass(GetModuleHandleW(nullptr), L"CorvandellTestOwner", &procedure, nullptr);
-        hwnd_ = CreateWindowExW(0, L"CorvandellTestOwner", L"owner", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
-                                GetModuleHandleW(nullptr), nullptr);
+        hwnd_ = CreateWindowExW(0, L"CorvandellTestOwner", L"owner", WS_POPUP | WS_VISIBLE, 0, 0, 10, 10,
+                                nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
         SetWindowLongPtrW(hwnd_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     }
     RecordingOwner(const RecordingOwner&) = delete;
@@ -60,8 +61,10 @@ struct FakeClock {
     }
 };
 
-OverlayWindow* openOverlay(HWND owner, const FakeClock& clock, std::shared_ptr<IApiClient> api = nullptr) {
+OverlayWindow* openOverlay(HWND owner, const FakeClock& clock, std::shared_ptr<IApiClient> api = nullptr,
+                           HWND game = nullptr) {
     OverlaySetup setup;
+    setup.gameWindow = game;
     setup.owner = owner;
     setup.gameTitle = "Ember Keep";
     setup.launchTick = kLaunchTick;
@@ -148,24 +151,31 @@ TEST(OverlayWindow, OpensOverTheWholeScreenWithItsTitleButtonsAndATickingClock) 
 }
 
 TEST(OverlayWindow, EveryWayOutReportsItsEndAndOnlyQuitGameStopsTheGame) {
-    enum class Way { EscapeKey, ClickReturn, ClickQuit, KeyboardQuit, ClosedByOwner };
+    enum class Way { EscapeKey, ClickReturn, ClickQuit, KeyboardQuit, ClosedByOwner, OtherProgram };
     const struct {
         Way way;
         const char* name;
         bool stopsGame;
+        bool givesKeyboardBack;
     } cases[] = {
-        {Way::EscapeKey, "Esc", false},
-        {Way::ClickReturn, "click Return to game", false},
-        {Way::ClickQuit, "click Quit Game", true},
-        {Way::KeyboardQuit, "Tab to Quit Game, Enter", true},
-        {Way::ClosedByOwner, "destroyed by the main window", false},
+        {Way::EscapeKey, "Esc", false, true},
+        {Way::ClickReturn, "click Return to game", false, true},
+        {Way::ClickQuit, "click Quit Game", true, true},
+        {Way::KeyboardQuit, "Tab to Quit Game, Enter", true, true},
+        {Way::ClosedByOwner, "destroyed by the main window", false, true},
+        {Way::OtherProgram, "the user went to another program", false, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         RecordingOwner owner;
-        OverlayWindow* overlay = openOverlay(owner.hwnd(), FakeClock{});
+        // The game: a window of its own that has the keyboard when Shift+Tab is pressed.
+        HWND game = CreateWindowExW(0, L"STATIC", L"game", WS_POPUP | WS_VISIBLE, 0, 0, 320, 200, nullptr,
+                                    nullptr, GetModuleHandleW(nullptr), nullptr);
+        SetForegroundWindow(game);
+        OverlayWindow* overlay = openOverlay(owner.hwnd(), FakeClock{}, nullptr, game);
         ASSERT_NE(overlay, nullptr);
         HWND hwnd = overlay->hwnd();
+        EXPECT_EQ(GetForegroundWindow(), hwnd);
         switch (c.way) {
         case Way::EscapeKey:
             PostMessageW(hwnd, WM_KEYDOWN, VK_ESCAPE, 0);
@@ -186,6 +196,9 @@ TEST(OverlayWindow, EveryWayOutReportsItsEndAndOnlyQuitGameStopsTheGame) {
         case Way::ClosedByOwner:
             DestroyWindow(hwnd);
             break;
+        case Way::OtherProgram:
+            SendMessageW(hwnd, WM_ACTIVATEAPP, FALSE, 0);
+            break;
         }
         ASSERT_TRUE(test::pumpUntil([&] { return !IsWindow(hwnd); }, 3000));
         test::pumpUntil([] { return false; }, 50); // the owner's messages
@@ -199,6 +212,10 @@ TEST(OverlayWindow, EveryWayOutReportsItsEndAndOnlyQuitGameStopsTheGame) {
         const MSG& closed = owner.received.back();
         EXPECT_EQ(closed.wParam, static_cast<WPARAM>(ChildKind::Overlay));
         EXPECT_EQ(closed.lParam, reinterpret_cast<LPARAM>(hwnd));
+        if (c.givesKeyboardBack) {
+            EXPECT_EQ(GetForegroundWindow(), game);
+        }
+        DestroyWindow(game);
     }
 }
 
