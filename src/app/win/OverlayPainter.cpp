@@ -150,8 +150,7 @@ bool OverlayPainter::present(HWND window, POINT origin, SIZE size, const Overlay
         return false;
     }
     ensureFonts(layout.dpi);
-    const RECT all{0, 0, size.cx, size.cy};
-    fill(dc_.get(), all, backdropColour(skin));
+    // Only the panel is drawn with GDI: the alpha pass writes every pixel around it.
     drawPanel(layout, scene, skin);
     GdiFlush(); // GDI may still be writing into the bits
     applyAlpha(layout, skin);
@@ -319,6 +318,7 @@ void OverlayPainter::applyAlpha(const OverlayLayout& layout, const Skin& skin) {
     const int reachLeft = std::max(0, layout.panel.left - shadow);
     const int reachRight = std::min<int>(size_.cx, layout.panel.right + shadow);
     const Rgb rim = skin.border;
+    const Rgb under = backdropColour(skin);
     const double backdropOpacity = kBackdropAlpha / 255.0;
 
     for (int y = 0; y < size_.cy; ++y) {
@@ -339,7 +339,6 @@ void OverlayPainter::applyAlpha(const OverlayLayout& layout, const Skin& skin) {
             }
             const double underOpacity = backdropOpacity + shadowOpacity * (1 - backdropOpacity);
             const double underShade = backdropOpacity * (1 - shadowOpacity); // premultiplied factor
-            const Rgb under = backdropColour(skin);
             const double coverage = std::clamp(0.5 - distance, 0.0, 1.0);
             if (coverage <= 0) {
                 row[x] = static_cast<std::uint32_t>(std::lround(underOpacity * 255)) << 24 |
