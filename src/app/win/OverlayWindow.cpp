@@ -28,15 +28,15 @@ int index(OverlayButton button) noexcept {
 
 } // namespace
 
-OverlayWindow::OverlayWindow(HINSTANCE instance, OverlaySetup setup)
-    : instance_(instance), setup_(std::move(setup)), title_(widen(setup_.gameTitle)) {}
+OverlayWindow::OverlayWindow(OverlaySetup setup)
+    : setup_(std::move(setup)), title_(widen(setup_.gameTitle)) {}
 
 OverlayWindow* OverlayWindow::open(HINSTANCE instance, OverlaySetup setup, int showCommand) {
     if (!registerWindowClass(instance, kClassName, &Window::windowProcedure, nullptr)) {
         return nullptr;
     }
     const HWND owner = setup.owner;
-    auto* window = new OverlayWindow(instance, std::move(setup));
+    auto* window = new OverlayWindow(std::move(setup));
     bool isAttached = false;
     window->attachNotice_ = &isAttached;
     // A tool window: no taskbar button or Alt+Tab entry of its own next to the game's.

@@ -89,7 +89,7 @@ public:
     OverlayFrame frame() const { return painter_.frame(); }
 
 private:
-    explicit OverlayWindow(HINSTANCE instance, OverlaySetup setup);
+    explicit OverlayWindow(OverlaySetup setup);
     ~OverlayWindow() override = default;
 
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
@@ -112,7 +112,6 @@ private:
     void present() noexcept;
     OverlayScene scene() const;
 
-    HINSTANCE instance_;
     OverlaySetup setup_;
     std::wstring title_;
     bool* attachNotice_ = nullptr; // set while open() waits for WM_NCCREATE
