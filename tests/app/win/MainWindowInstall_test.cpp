@@ -79,8 +79,9 @@ std::wstring joined(const std::vector<std::wstring>& texts) {
 
 class MainWindowInstallTest : public ::testing::Test {
 protected:
-    void open(MainWindowJobs jobs = {}) {
+    void open(MainWindowJobs jobs = {}, int downloadLimitKbps = 0) {
         Settings settings = defaultSettings(paths_.defaultLibraryFolder);
+        settings.downloadLimitKbps = downloadLimitKbps;
         const Settings signedIn = signedInSettings("demo");
         settings.apiBaseUrl = signedIn.apiBaseUrl;
         settings.bearerToken = signedIn.bearerToken;
@@ -238,6 +239,26 @@ TEST_F(MainWindowInstallTest, OneInstallPerTitleAtATime) {
     window_->installSelected();
     EXPECT_EQ(status_->texts().front(), L"Preparing download...");
     EXPECT_TRUE(waitForStatus(L"Library refreshed."));
+}
+
+TEST_F(MainWindowInstallTest, ClosingTheClientStopsACappedDownloadAtOnceAndInstallsNothing) {
+    open({}, 1); // 1 KiB/s: the file below would take over a minute
+    const std::string route = std::string("/api/v1/software/") + kEmberKeep + "/download";
+    scriptNextReply(route, 200,
+                    "{\"items\":[{\"assetId\":\"slow\",\"type\":\"data\",\"signedUrl\":\"" +
+                        serviceBaseUrl() + "/files/slow\"}]}");
+    scriptFileReply("/files/slow", std::string(64 * 1024, 's'), FileTransfer::WithLength);
+    select("Ember Keep");
+    pressAction();
+    ASSERT_TRUE(waitForStatus(L"Downloading ")) << narrow(joined(status_->texts()));
+    const ULONGLONG start = GetTickCount64();
+    status_.reset();
+    window_.reset(); // Exit: the window waits for its jobs before it goes
+    EXPECT_LT(GetTickCount64() - start, 10'000u);
+    GuardedFile file = libraryFileIn(paths_.dataFolder); // saved on exit, with nothing installed
+    EXPECT_TRUE(loadLibrary(file).empty());
+    EXPECT_FALSE(fs::exists(paths_.defaultLibraryFolder / "Ember Keep" / "slow.bin"));
+    EXPECT_FALSE(fs::exists(paths_.defaultLibraryFolder / "Ember Keep" / "slow.bin.partial"));
 }
 
 // Rows the client never downloads: Steam's, another store's and browser games.
