@@ -4,10 +4,14 @@ They exist only with --test-hooks. The recorder keeps the last non-hook request 
 as it arrived (raw path with query, headers, body text) so a test can check what the
 client sent; scripted replies let a test make the next request to a path answer with
 any status, headers and body, for cases the real service produces rarely (204 with no
-body, a redirect, a 500).
+body, a redirect, a 500). A scripted body may be binary and may be sent the way a file
+server would send it: with its length, chunked, or cut short of the length it declared, as
+a connection that breaks mid-download leaves it.
 """
 from __future__ import annotations
 
+import base64
+import binascii
 from typing import Any
 
 from aiohttp import web
@@ -53,8 +57,34 @@ async def recorder(request: web.Request, handler: Handler) -> web.StreamResponse
     if scripted is None:
         return await handler(request)
     status = scripted["status"]
-    body = None if status in (204, 304) else scripted["body"].encode("utf-8")
-    return web.Response(status=status, body=body, headers=scripted["headers"])
+    if status in (204, 304):
+        return web.Response(status=status, headers=scripted["headers"])
+    if scripted["transfer"] == "length":
+        return web.Response(status=status, body=scripted["body"], headers=scripted["headers"])
+    return await stream_scripted(request, scripted)
+
+
+SCRIPTED_CHUNK_BYTES = 16 * 1024
+
+
+async def stream_scripted(request: web.Request, scripted: dict[str, Any]) -> web.StreamResponse:
+    """Chunked transfer, or a declared length the body never reaches ("cut"): the body is
+    sent, then the connection is dropped without the rest."""
+    body: bytes = scripted["body"]
+    response = web.StreamResponse(status=scripted["status"], headers=scripted["headers"])
+    if scripted["transfer"] == "chunked":
+        response.enable_chunked_encoding()
+    else:
+        response.content_length = scripted["declaredLength"]
+    await response.prepare(request)
+    for start in range(0, len(body), SCRIPTED_CHUNK_BYTES):
+        await response.write(body[start:start + SCRIPTED_CHUNK_BYTES])
+    if scripted["transfer"] == "chunked":
+        await response.write_eof()
+        return response
+    if request.transport is not None:
+        request.transport.close()
+    return response
 
 
 async def session(request: web.Request) -> web.Response:
@@ -84,11 +114,25 @@ async def script_reply(request: web.Request) -> web.Response:
         raise ApiError(400, "invalid_field", "'headers' must map names to strings.")
     if not isinstance(times, int) or times < 1:
         raise ApiError(400, "invalid_field", "'times' must be a positive whole number.")
+    transfer = body.get("transfer", "length")
+    if transfer not in ("length", "chunked", "cut"):
+        raise ApiError(400, "invalid_field", "'transfer' must be \"length\", \"chunked\" or \"cut\".")
+    if "bodyBase64" in body:
+        try:
+            content = base64.b64decode(str(body["bodyBase64"]), validate=True)
+        except (binascii.Error, ValueError):
+            raise ApiError(400, "invalid_field", "'bodyBase64' is not base64.") from None
+    else:
+        content = text_field(body, "body", required=False, max_len=1 << 20).encode("utf-8")
+    declared = body.get("declaredLength", len(content) + 1000)
+    if transfer == "cut" and (not isinstance(declared, int) or declared <= len(content)):
+        raise ApiError(400, "invalid_field", "'declaredLength' must be larger than the body.")
     scripted = {"path": path, "method": text_field(body, "method", required=False).upper(), "status": status,
-                "body": text_field(body, "body", required=False, max_len=1 << 20), "headers": headers,
-                "times": times}
+                "body": content, "headers": headers, "times": times, "transfer": transfer,
+                "declaredLength": declared}
     svc.scripted_replies.append(scripted)
-    return reply({**scripted, "pending": len(svc.scripted_replies)}, status=201)
+    described = {key: value for key, value in scripted.items() if key != "body"}
+    return reply({**described, "bodyBytes": len(content), "pending": len(svc.scripted_replies)}, status=201)
 
 
 async def advance_clock(request: web.Request) -> web.Response:

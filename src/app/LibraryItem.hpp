@@ -82,6 +82,8 @@ struct LibraryResult {
     std::vector<LibraryItem> steamRows{};
     std::vector<LibraryItem> storeRows{};
     std::map<std::string, std::string> latestVersions{}; // title id to its latest build's version
+    // Title id to the build installed through the client, as its folder records it.
+    std::map<std::string, std::string> installedVersions{};
     // Browser games already cloned on this machine: game id to the clone folder.
     std::map<std::string, std::string> cloneFolders{};
     std::string query{};          // the search text the refresh ran with

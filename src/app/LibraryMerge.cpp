@@ -237,8 +237,10 @@ std::vector<LibraryItem> buildLibraryRows(const LibraryResult& result,
             row.entitlement = owned->second;
         }
         if (const auto installed = installs.find(item.id); installed != installs.end()) {
+            const auto version = result.installedVersions.find(item.id);
             row.install =
-                InstallRecord{installed->second->installPath, installed->second->executablePath, {}};
+                InstallRecord{installed->second->installPath, installed->second->executablePath,
+                              version == result.installedVersions.end() ? std::string() : version->second};
         }
         if (const auto latest = result.latestVersions.find(item.id); latest != result.latestVersions.end()) {
             row.latestVersion = latest->second;

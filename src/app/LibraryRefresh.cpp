@@ -2,10 +2,11 @@
 
 #include "app/LibraryMerge.hpp"
 #include "base/Utf8Path.hpp"
+#include "launch/InstalledBuild.hpp"
 #include "stores/StoreScanners.hpp"
 
 #include <exception>
-#include <set>
+#include <map>
 #include <system_error>
 #include <unordered_set>
 
@@ -49,13 +50,15 @@ void findClones(const std::filesystem::path& dataFolder, LibraryResult& result) 
 
 void askLatestBuilds(IApiClient& api, const std::vector<LibraryRecord>& installedGames,
                      LibraryResult& result) {
-    std::set<std::string> installed;
+    std::map<std::string, const LibraryRecord*> installed;
     for (const LibraryRecord& record : installedGames) {
-        installed.insert(record.titleId);
+        installed.try_emplace(record.titleId, &record);
     }
     for (const SoftwareItem& item : result.catalogue) {
-        if (installed.contains(item.id)) {
+        if (const auto found = installed.find(item.id); found != installed.end()) {
             result.latestVersions[item.id] = api.latestBuild(item.id).version;
+            result.installedVersions[item.id] =
+                installedVersionIn(pathFromUtf8(found->second->installPath), item.id);
         }
     }
 }

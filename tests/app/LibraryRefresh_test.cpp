@@ -3,8 +3,11 @@
 #include "app/LibraryRefresh.hpp"
 
 #include "app/LibraryActivity.hpp"
+#include "app/LibraryMerge.hpp"
+#include "app/RowText.hpp"
 #include "base/Environment.hpp"
 #include "base/Utf8Path.hpp"
+#include "launch/InstalledBuild.hpp"
 #include "support/FakeRegistry.hpp"
 #include "support/ScriptedService.hpp"
 #include "support/TempFolder.hpp"
@@ -82,6 +85,39 @@ TEST_F(LibraryRefreshTest, GathersEverySourceAndAsksBuildsOnlyForInstalledTitles
     EXPECT_EQ(result.latestVersions, (std::map<std::string, std::string>{{"t2", "1.2.0"}}));
     ASSERT_EQ(result.catalogue.size(), 2u);
     EXPECT_EQ(result.entitlements.size(), 1u);
+}
+
+// library.json has no version field; the installer's record in the title's folder says
+// which build is there, so a current install offers Launch and an old one Update.
+TEST_F(LibraryRefreshTest, TheInstalledBuildIsReadFromTheTitlesFolderAndDecidesTheAction) {
+    struct Case {
+        const char* record; // the folder's corvandell-build.json; nullptr: none
+        const char* installedVersion;
+        RowAction action;
+    };
+    const Case cases[] = {
+        {R"({"titleId":"t2","version":"1.2.0"})", "1.2.0", RowAction::Launch},
+        {R"({"titleId":"t2","version":"1.1.4"})", "1.1.4", RowAction::Update},
+        {R"({"titleId":"t9","version":"1.2.0"})", "", RowAction::Update}, // another title's folder
+        {nullptr, "", RowAction::Update},
+    };
+    const fs::path folder = temp_.path() / "games" / "Ember Keep";
+    for (const Case& c : cases) {
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+        if (c.record != nullptr) {
+            temp_.writeFile(folder / kInstalledBuildFileName, c.record);
+        }
+        const MapEnvironment environment;
+        const StoreHost host{registry_, environment, {}};
+        const std::vector<LibraryRecord> installed{{"t2", "Ember Keep", pathToUtf8(folder), "", false, 1, 0}};
+        const LibraryResult result = gatherLibrary(service_, host, temp_.path() / "data", installed, "");
+        ASSERT_TRUE(result.succeeded) << result.errorText;
+        const std::vector<LibraryItem> rows = buildLibraryRows(result, installed);
+        ASSERT_EQ(rows[1].key, "t2");
+        EXPECT_EQ(rows[1].installedVersion(), c.installedVersion) << (c.record ? c.record : "no record");
+        EXPECT_EQ(actionFor(rows[1]), c.action) << (c.record ? c.record : "no record");
+    }
 }
 
 TEST_F(LibraryRefreshTest, TheSearchTextGoesToTheServiceAndTravelsWithTheResult) {

@@ -294,6 +294,12 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
     case MsgPlaytimeResult:
         onPlaytimeResult(takeUiJobResult<PlaytimeResult>(lParam));
         return 0;
+    case MsgDownloadProgress:
+        onDownloadProgress(takeUiJobResult<DownloadProgress>(lParam));
+        return 0;
+    case MsgInstallResult:
+        onInstallResult(takeUiJobResult<InstallResult>(lParam));
+        return 0;
     case MsgThemeChanged:
         themeApplyToList(list_);
         RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
@@ -348,6 +354,7 @@ void MainWindow::onDestroy() {
     largeIcon_.reset();
     rowIcons_.clear();
     saveFiles();
+    installs_.cancel.cancel(); // a download would otherwise keep the client open until it ends
     // A job still running would post to a window that is gone; its result is freed with
     // the rest once it has arrived.
     jobThreads_.waitForAll();
@@ -389,6 +396,12 @@ void MainWindow::discardPendingResults() noexcept {
         case MsgPlaytimeResult:
             takeUiJobResult<PlaytimeResult>(message.lParam).reset();
             break;
+        case MsgDownloadProgress:
+            takeUiJobResult<DownloadProgress>(message.lParam).reset();
+            break;
+        case MsgInstallResult:
+            takeUiJobResult<InstallResult>(message.lParam).reset();
+            break;
         case MsgRatingsLoaded:
         case MsgRatingResult:
             takeUiJobResult<RatingsResult>(message.lParam).reset();
@@ -414,6 +427,14 @@ void MainWindow::onCommand(int id, int notification) {
         return;
     case command::Exit:
         DestroyWindow(hwnd_);
+        return;
+    case command::Launch:
+        if (const int row = selectedRow(); row >= 0) {
+            const RowAction action = actionFor(rows_[static_cast<size_t>(row)]);
+            if (action == RowAction::Install || action == RowAction::Update) {
+                installSelected();
+            }
+        }
         return;
     case command::Friends:
     case command::Options:

@@ -14,6 +14,7 @@
 #include "app/RefreshSequence.hpp"
 #include "app/RowText.hpp"
 #include "app/SettingsFile.hpp"
+#include "app/win/InstallState.hpp"
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/RowIcons.hpp"
@@ -21,6 +22,8 @@
 #include "app/win/UiJob.hpp"
 #include "app/win/Window.hpp"
 #include "base/win/UniqueHandle.hpp"
+#include "launch/DownloadProgress.hpp"
+#include "launch/InstallPlan.hpp"
 #include "stores/win/StoreWatcher.hpp"
 
 #include <cstdint>
@@ -63,6 +66,8 @@ public:
     void loadRatings();
     void rateSelected(int stars);
     void requestPlaytime(const LibraryItem& row);
+    // Installs or updates the selected row when the client installs it; explains otherwise.
+    void installSelected();
 
     HWND control(int id) const noexcept { return GetDlgItem(hwnd_, id); }
     std::wstring statusText() const;
@@ -99,6 +104,8 @@ private:
     void onRatingsLoaded(std::unique_ptr<RatingsResult> result);
     void onRatingResult(std::unique_ptr<RatingsResult> result);
     void onPlaytimeResult(std::unique_ptr<PlaytimeResult> result);
+    void onDownloadProgress(std::unique_ptr<DownloadProgress> progress);
+    void onInstallResult(std::unique_ptr<InstallResult> result);
     void discardPendingResults() noexcept;
 
     void layout(int clientWidth, int clientHeight);
@@ -156,6 +163,7 @@ private:
     StoreWatcher storeWatcher_;
     bool balloonShown_ = false;
     int balloonsShown_ = 0;
+    InstallState installs_;
     // Last, so that on every path its jobs end before anything they may use is destroyed.
     UiJobThreads jobThreads_;
 };

@@ -1,5 +1,5 @@
-// Private messages of the main window, counted from WM_APP. Numbers +12, +13 and +16 to
-// +19 are left free on purpose: other windows use them.
+// Private messages of the main window, counted from WM_APP. Numbers +16 to +19 are left
+// free on purpose: other windows use them.
 #pragma once
 
 #include <windows.h>
@@ -7,6 +7,8 @@
 namespace corvandell::win {
 
 inline constexpr UINT MsgLibraryResult = WM_APP + 11;
+inline constexpr UINT MsgDownloadProgress = WM_APP + 12; // lParam: a DownloadProgress to take
+inline constexpr UINT MsgInstallResult = WM_APP + 13;    // lParam: an InstallResult to take
 inline constexpr UINT MsgThemeChanged = WM_APP + 14;
 inline constexpr UINT MsgChildClosed = WM_APP + 15;
 inline constexpr UINT MsgGameExited = WM_APP + 20;

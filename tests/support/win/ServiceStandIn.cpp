@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "api/JsonText.hpp"
+#include "auth/Base64.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
 
@@ -56,6 +57,16 @@ void scriptNextReply(const std::string& path, int status, const std::string& bod
     callStandIn("POST", "/__test/reply",
                 "{\"path\":\"" + escapeBodyString(path) + "\",\"status\":" + std::to_string(status) +
                     ",\"body\":\"" + escapeBodyString(body) + "\",\"headers\":" + headersJson + "}");
+}
+
+void scriptFileReply(const std::string& path, std::string_view bytes, FileTransfer transfer, int times) {
+    const char* name = transfer == FileTransfer::WithLength ? "length"
+                       : transfer == FileTransfer::Chunked  ? "chunked"
+                                                            : "cut";
+    callStandIn("POST", "/__test/reply",
+                "{\"path\":\"" + escapeBodyString(path) +
+                    "\",\"status\":200,\"times\":" + std::to_string(times) + ",\"transfer\":\"" + name +
+                    "\",\"bodyBase64\":\"" + base64Encode(bytes) + "\"}");
 }
 
 } // namespace corvandell::win

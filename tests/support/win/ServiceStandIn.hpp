@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "api/win/WinHttpApiClient.hpp"
 #include "app/SettingsFile.hpp"
@@ -42,5 +43,12 @@ void advanceServiceClock(int seconds);
 // Makes the stand-in answer the next request to `path` with this status, body and headers.
 void scriptNextReply(const std::string& path, int status, const std::string& body,
                      const std::string& headersJson = "{}");
+
+// How a scripted file is sent: with its Content-Length, chunked, or declaring more bytes
+// than it sends and then dropping the connection, as a download that breaks off does.
+enum class FileTransfer { WithLength, Chunked, CutShort };
+
+// Makes the stand-in serve `bytes` (any binary) at `path` for the next `times` requests.
+void scriptFileReply(const std::string& path, std::string_view bytes, FileTransfer transfer, int times = 1);
 
 } // namespace corvandell::win
