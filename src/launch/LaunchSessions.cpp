@@ -16,6 +16,7 @@ LaunchRecord openLaunchSession(IApiClient& api, std::uint32_t launchToken, const
                                const std::string& title) {
     LaunchRecord record;
     record.launchToken = launchToken;
+    record.rowKey = rowKey;
     const LaunchKey key = splitLaunchKey(rowKey);
     record.isExternal = key.isExternal;
     try {

@@ -13,6 +13,7 @@ namespace corvandell {
 // Posted back to the window when the service answered (or failed to) a session start.
 struct LaunchRecord {
     std::uint32_t launchToken = 0;
+    std::string rowKey{};    // the row the session is for
     std::string sessionId{}; // empty: the service call failed
     bool isExternal = false;
     std::string errorText{};
@@ -23,6 +24,11 @@ struct OverlayHintCheck {
     bool isChecked = false;      // the service answered
     bool isAlreadyShown = false; // its overlayHintShown flag
     std::string rowKey{};        // the row waiting to be launched
+    std::string errorText{};
+};
+
+// Posted back once a session's end was sent, whatever the service answered.
+struct SessionEnded {
     std::string errorText{};
 };
 

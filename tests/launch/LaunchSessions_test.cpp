@@ -28,6 +28,7 @@ TEST(LaunchSessions, TheRowKeyChoosesBetweenATitleLaunchAndAnExternalOne) {
     for (const auto& [key, sessionId, isExternal, request] : cases) {
         const LaunchRecord record = openLaunchSession(service, 41, key, "Sky \"H\"");
         EXPECT_EQ(record.launchToken, 41u);
+        EXPECT_EQ(record.rowKey, key);
         EXPECT_EQ(record.sessionId, sessionId) << key;
         EXPECT_EQ(record.isExternal, isExternal) << key;
         EXPECT_EQ(service.requests().back(), request);

@@ -14,6 +14,7 @@
 #include "app/RefreshSequence.hpp"
 #include "app/RowText.hpp"
 #include "app/SettingsFile.hpp"
+#include "app/win/GameTracking.hpp"
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/RowIcons.hpp"
@@ -21,6 +22,9 @@
 #include "app/win/UiJob.hpp"
 #include "app/win/Window.hpp"
 #include "base/win/UniqueHandle.hpp"
+#include "launch/LaunchSessions.hpp"
+#include "launch/win/GameStart.hpp"
+#include "launch/win/GameWatcher.hpp"
 #include "stores/win/StoreWatcher.hpp"
 
 #include <cstdint>
@@ -63,6 +67,13 @@ public:
     void loadRatings();
     void rateSelected(int stars);
     void requestPlaytime(const LibraryItem& row);
+    void launchSelected();
+    void recordLaunchStart(const LibraryItem& row);
+    // Begins following a started game (the browser launcher hands its games in here too).
+    void startTracking(StartedGame game, const std::string& title, const std::string& key,
+                       const std::string& followFolder);
+    const TrackedGame& trackedGame() const noexcept { return tracked_; }
+    DWORD trackedProcessId() const noexcept { return game_.processId; }
 
     HWND control(int id) const noexcept { return GetDlgItem(hwnd_, id); }
     std::wstring statusText() const;
@@ -96,6 +107,25 @@ private:
     void onRatingResult(std::unique_ptr<RatingsResult> result);
     void onPlaytimeResult(std::unique_ptr<PlaytimeResult> result);
     void discardPendingResults() noexcept;
+
+    // Launching and tracking (MainWindowLaunch.cpp).
+    void onActionCommand();
+    void onListDoubleClick(int item);
+    void onOverlayHintCheck(std::unique_ptr<OverlayHintCheck> check);
+    void launchRow(const LibraryItem& row);
+    void startStoreSearch(const std::string& title, const std::string& key, const std::string& folder,
+                          std::uint64_t launchedAt);
+    void onGameRunning(WPARAM token);
+    void onGameExited(WPARAM token);
+    void onGameFollowed(WPARAM token, std::unique_ptr<FollowedProcess> followed);
+    void stopGame();
+    void endTracking();
+    void onLaunchRecord(std::unique_ptr<LaunchRecord> record);
+    void endSession(std::string sessionId, bool isExternal);
+    void onSessionEnded();
+    void writeJournal();
+    void reattachToJournal();
+    void redrawTracking();
 
     void layout(int clientWidth, int clientHeight);
     void showFromTray();
@@ -133,6 +163,7 @@ private:
     std::map<std::string, RatingSummary> ratings_;
     RefreshSequence refreshes_;
     TrackedGame tracked_;
+    GameTracking game_;
     std::string playtimeKey_;               // the row the playtime panel shows or waits for
     std::vector<std::string> previousKeys_; // the keys of the rows the list shows, in order
     bool isRefilling_ = false;

@@ -1,5 +1,5 @@
 // Private messages of the main window, counted from WM_APP. Numbers +12, +13 and +16 to
-// +19 are left free on purpose: other windows use them.
+// +18 are left free on purpose: other windows use them.
 #pragma once
 
 #include <windows.h>
@@ -9,6 +9,8 @@ namespace corvandell::win {
 inline constexpr UINT MsgLibraryResult = WM_APP + 11;
 inline constexpr UINT MsgThemeChanged = WM_APP + 14;
 inline constexpr UINT MsgChildClosed = WM_APP + 15;
+// lParam a FollowedProcess: the game handed off to a process found under its folder.
+inline constexpr UINT MsgGameFollowed = WM_APP + 19;
 inline constexpr UINT MsgGameExited = WM_APP + 20;
 inline constexpr UINT MsgGameRunning = WM_APP + 21;
 inline constexpr UINT MsgTrayIcon = WM_APP + 22;
