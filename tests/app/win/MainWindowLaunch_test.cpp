@@ -233,8 +233,16 @@ TEST_F(MainWindowLaunchTest, DoubleClickingTheRunningRowDoesNothingAndTheActionB
     const fs::path game = folder_.path() / "Moth";
     const fs::path executable = test::placeTestGame(game, L"Moth.exe");
     openWith({storeRow("moth", "Moth", executable)});
+    // Shift+Tab belongs to the client exactly while a game is followed.
+    const auto isShiftTabFree = [] {
+        const bool isFree = RegisterHotKey(nullptr, 77, MOD_SHIFT, VK_TAB) != FALSE;
+        UnregisterHotKey(nullptr, 77);
+        return isFree;
+    };
+    EXPECT_TRUE(isShiftTabFree());
     launch("itch:moth");
     ASSERT_TRUE(waitForState(2, 15000));
+    EXPECT_FALSE(isShiftTabFree());
     const DWORD gameId = window_->trackedProcessId();
 
     NMITEMACTIVATE activate{};
@@ -254,6 +262,7 @@ TEST_F(MainWindowLaunchTest, DoubleClickingTheRunningRowDoesNothingAndTheActionB
     ASSERT_TRUE(waitForState(0, 10000));
     EXPECT_LT(GetTickCount64() - stopped, 3000u) << "a game that closes politely was forced";
     EXPECT_FALSE(isRunning(gameId));
+    EXPECT_TRUE(isShiftTabFree());
     ASSERT_TRUE(waitForSessionCalls(2, 10000));
     EXPECT_TRUE(isEndCall(sessionCalls()[1]));
 }

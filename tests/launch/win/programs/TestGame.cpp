@@ -5,11 +5,15 @@
 //   --no-idle-ms N     sleeps N ms before it has a window or a message loop, so it never
 //                      becomes input-idle in that time
 //   --exit-after-ms N  closes itself after N ms
+//   --report-env FILE  writes the Steam variables and CORVANDELL_ENV_PROBE it was given to
+//                      FILE, one "NAME=value" a line ("NAME" alone when unset)
 #include <windows.h>
 
 #include "ProgramOptions.hpp"
 
 #include <cwchar>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -35,6 +39,19 @@ LRESULT CALLBACK gameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM 
     }
 }
 
+void reportEnvironment(const std::wstring& file) {
+    std::wofstream out{std::filesystem::path(file)};
+    for (const wchar_t* name :
+         {L"SteamAppId", L"SteamGameId", L"SteamNoOverlayUIDrawing", L"CORVANDELL_ENV_PROBE"}) {
+        wchar_t value[256] = {};
+        if (GetEnvironmentVariableW(name, value, 256) == 0) {
+            out << name << L"\n";
+        } else {
+            out << name << L"=" << value << L"\n";
+        }
+    }
+}
+
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
@@ -49,6 +66,8 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
             noIdleMs = static_cast<DWORD>(std::wcstoul(options[++i].c_str(), nullptr, 10));
         } else if (options[i] == L"--exit-after-ms" && hasValue) {
             exitAfterMs = static_cast<UINT>(std::wcstoul(options[++i].c_str(), nullptr, 10));
+        } else if (options[i] == L"--report-env" && hasValue) {
+            reportEnvironment(options[++i]);
         }
     }
     if (noIdleMs != 0) {
