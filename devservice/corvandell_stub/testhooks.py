@@ -21,6 +21,7 @@ from .keyauth import read_outbox
 from .web import ApiError, Handler, Service, body_of, ctx, listing, reply, text_field
 
 HOOK_PREFIX = "/__test/"
+MAX_LOGGED_REQUESTS = 5000
 
 
 def record(svc: Service, request: web.Request, body: bytes) -> None:
@@ -33,6 +34,8 @@ def record(svc: Service, request: web.Request, body: bytes) -> None:
         "headers": headers,
         "body": body.decode("utf-8", errors="replace"),
     }
+    svc.request_log.append(f"{request.method} {request.raw_path}")
+    del svc.request_log[:-MAX_LOGGED_REQUESTS]
 
 
 def take_scripted(svc: Service, request: web.Request) -> dict[str, Any] | None:
@@ -99,6 +102,11 @@ async def last_request(request: web.Request) -> web.Response:
     if svc.last_request is None:
         raise ApiError(404, "no_request", "No request has been received yet.")
     return reply(svc.last_request)
+
+
+async def requests_received(request: web.Request) -> web.Response:
+    """Every request since the stand-in started (or the last 5000), oldest first."""
+    return listing([{"request": line} for line in ctx(request).request_log])
 
 
 async def script_reply(request: web.Request) -> web.Response:
@@ -177,6 +185,7 @@ def routes() -> list[web.RouteDef]:
     return [
         web.post(HOOK_PREFIX + "session", session),
         web.get(HOOK_PREFIX + "last-request", last_request),
+        web.get(HOOK_PREFIX + "requests", requests_received),
         web.post(HOOK_PREFIX + "reply", script_reply),
         web.post(HOOK_PREFIX + "clock", advance_clock),
         web.get(HOOK_PREFIX + "outbox", outbox),

@@ -44,6 +44,8 @@ class Service:
     voice: VoiceHub = field(default_factory=VoiceHub)
     file_cache: dict[str, bytes] = field(default_factory=dict)
     last_request: dict[str, Any] | None = None
+    # Every non-hook request as "METHOD raw path", oldest first, so a test can check the order of calls.
+    request_log: list[str] = field(default_factory=list)
     scripted_replies: list[dict[str, Any]] = field(default_factory=list)
     # What the simulated GitHub answers as the login of a user who consents, by user id.
     github_accounts: dict[str, str] = field(default_factory=dict)

@@ -96,6 +96,17 @@ class RoutesTest(ServerTestCase):
         self.assertEqual(self.server.call("DELETE", f"{path}/{game['id']}", token=owner).status, 403)
 
 
+    def test_the_request_log_keeps_every_call_in_order_and_leaves_hooks_out(self) -> None:
+        token = self.server.session("demo")["accessToken"]
+        before = len(self.server.ok("GET", "/__test/requests")["items"])
+        started = self.server.ok("POST", "/api/v1/activity/external-launches",
+                                 {"provider": "itch", "externalSoftwareId": "x"}, token=token, status=201)
+        self.server.ok("POST", f"/api/v1/activity/external-launches/{started['launchId']}/end", token=token)
+        logged = [item["request"] for item in self.server.ok("GET", "/__test/requests")["items"][before:]]
+        self.assertEqual(logged, ["POST /api/v1/activity/external-launches",
+                                  f"POST /api/v1/activity/external-launches/{started['launchId']}/end"])
+
+
 class ProcessTest(unittest.TestCase):
     def test_url_file_no_hooks_and_clean_stop(self) -> None:
         with tempfile.TemporaryDirectory() as folder:

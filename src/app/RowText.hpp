@@ -17,7 +17,7 @@ enum class RowAction { None = 0, Install = 1, Update = 2, Launch = 3 };
 struct TrackedGame {
     std::string key;
     int state = 0;
-    std::string title;            // UTF-8; the overlay shows "In game" when it is empty
+    std::string title{};          // UTF-8; the overlay shows "In game" when it is empty
     std::uint64_t launchTick = 0; // GetTickCount64 when tracking began: the session clock
     bool isTracking(const LibraryItem& row) const noexcept { return state != 0 && row.key == key; }
 };

@@ -314,6 +314,28 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
         refresh();
         setStatus(L"A game store's library changed - refreshing...");
         return 0;
+    case MsgGameRunning:
+        onGameRunning(wParam);
+        return 0;
+    case MsgGameExited:
+        onGameExited(wParam);
+        return 0;
+    case MsgGameFollowed:
+        onGameFollowed(wParam, takeUiJobResult<FollowedProcess>(lParam));
+        return 0;
+    case MsgStopGame:
+        stopGame();
+        return 0;
+    case MsgLaunchRecord:
+        onLaunchRecord(takeUiJobResult<LaunchRecord>(lParam));
+        return 0;
+    case MsgSessionEnded:
+        takeUiJobResult<SessionEnded>(lParam).reset();
+        onSessionEnded();
+        return 0;
+    case MsgOverlayHintCheck:
+        onOverlayHintCheck(takeUiJobResult<OverlayHintCheck>(lParam));
+        return 0;
     default:
         break;
     }
@@ -331,6 +353,7 @@ void MainWindow::onCreate() {
     fillDetails();
     const WindowsStoreHost stores;
     storeWatcher_.start(hwnd_, MsgStoreChanged, storeWatchFolders(stores.host()), storeWatchKeys());
+    reattachToJournal();
 }
 
 void MainWindow::onClose() {
@@ -346,6 +369,7 @@ void MainWindow::onClose() {
 
 void MainWindow::onDestroy() {
     storeWatcher_.stop();
+    endTracking();
     KillTimer(hwnd_, kSearchTimerId);
     trayIcon_.remove();
     SendMessageW(hwnd_, WM_SETICON, ICON_SMALL, 0);
@@ -387,6 +411,18 @@ void MainWindow::discardPendingResults() noexcept {
     MSG message{};
     while (PeekMessageW(&message, hwnd_, MsgLibraryResult, MsgRatingResult, PM_REMOVE)) {
         switch (message.message) {
+        case MsgGameFollowed:
+            takeUiJobResult<FollowedProcess>(message.lParam).reset();
+            break;
+        case MsgLaunchRecord:
+            takeUiJobResult<LaunchRecord>(message.lParam).reset();
+            break;
+        case MsgSessionEnded:
+            takeUiJobResult<SessionEnded>(message.lParam).reset();
+            break;
+        case MsgOverlayHintCheck:
+            takeUiJobResult<OverlayHintCheck>(message.lParam).reset();
+            break;
         case MsgLibraryResult:
             takeUiJobResult<LibraryResult>(message.lParam).reset();
             break;
@@ -417,6 +453,9 @@ void MainWindow::onCommand(int id, int notification) {
     case command::Refresh:
         refresh();
         return;
+    case command::Launch:
+        onActionCommand();
+        return;
     case command::Search:
         if (notification == EN_CHANGE) {
             SetTimer(hwnd_, kSearchTimerId, kSearchDebounceMs, nullptr);
@@ -427,14 +466,6 @@ void MainWindow::onCommand(int id, int notification) {
         return;
     case command::Exit:
         DestroyWindow(hwnd_);
-        return;
-    case command::Launch:
-        if (const int row = selectedRow(); row >= 0) {
-            const RowAction action = actionFor(rows_[static_cast<size_t>(row)]);
-            if (action == RowAction::Install || action == RowAction::Update) {
-                installSelected();
-            }
-        }
         return;
     case command::Friends:
     case command::Options:
@@ -449,8 +480,7 @@ void MainWindow::onCommand(int id, int notification) {
         }
         return;
     default:
-        // Launch, Add Game and Game Options act once installing, launching and sharing
-        // browser games are part of the client.
+        // Add Game and Game Options act once sharing browser games is part of the client.
         return;
     }
 }

@@ -15,6 +15,7 @@
 #include "app/RowText.hpp"
 #include "app/SettingsFile.hpp"
 #include "app/win/InstallState.hpp"
+#include "app/win/GameTracking.hpp"
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/RowIcons.hpp"
@@ -24,6 +25,9 @@
 #include "base/win/UniqueHandle.hpp"
 #include "launch/DownloadProgress.hpp"
 #include "launch/InstallPlan.hpp"
+#include "launch/LaunchSessions.hpp"
+#include "launch/win/GameStart.hpp"
+#include "launch/win/GameWatcher.hpp"
 #include "stores/win/StoreWatcher.hpp"
 
 #include <cstdint>
@@ -68,6 +72,13 @@ public:
     void requestPlaytime(const LibraryItem& row);
     // Installs or updates the selected row when the client installs it; explains otherwise.
     void installSelected();
+    void launchSelected();
+    void recordLaunchStart(const LibraryItem& row);
+    // Begins following a started game (the browser launcher hands its games in here too).
+    void startTracking(StartedGame game, const std::string& title, const std::string& key,
+                       const std::string& followFolder);
+    const TrackedGame& trackedGame() const noexcept { return tracked_; }
+    DWORD trackedProcessId() const noexcept { return game_.processId; }
 
     HWND control(int id) const noexcept { return GetDlgItem(hwnd_, id); }
     std::wstring statusText() const;
@@ -108,6 +119,25 @@ private:
     void onInstallResult(std::unique_ptr<InstallResult> result);
     void discardPendingResults() noexcept;
 
+    // Launching and tracking (MainWindowLaunch.cpp).
+    void onActionCommand();
+    void onListDoubleClick(int item);
+    void onOverlayHintCheck(std::unique_ptr<OverlayHintCheck> check);
+    void launchRow(const LibraryItem& row);
+    void startStoreSearch(const std::string& title, const std::string& key, const std::string& folder,
+                          std::uint64_t launchedAt);
+    void onGameRunning(WPARAM token);
+    void onGameExited(WPARAM token);
+    void onGameFollowed(WPARAM token, std::unique_ptr<FollowedProcess> followed);
+    void stopGame();
+    void endTracking();
+    void onLaunchRecord(std::unique_ptr<LaunchRecord> record);
+    void endSession(std::string sessionId, bool isExternal);
+    void onSessionEnded();
+    void writeJournal();
+    void reattachToJournal();
+    void redrawTracking();
+
     void layout(int clientWidth, int clientHeight);
     void showFromTray();
     void showTrayMenu();
@@ -144,6 +174,7 @@ private:
     std::map<std::string, RatingSummary> ratings_;
     RefreshSequence refreshes_;
     TrackedGame tracked_;
+    GameTracking game_;
     std::string playtimeKey_;               // the row the playtime panel shows or waits for
     std::vector<std::string> previousKeys_; // the keys of the rows the list shows, in order
     bool isRefilling_ = false;

@@ -308,6 +308,9 @@ LRESULT MainWindow::onNotify(const NMHDR& header) {
     case NM_RCLICK:
         showRowMenu();
         return 0;
+    case NM_DBLCLK:
+        onListDoubleClick(reinterpret_cast<const NMITEMACTIVATE&>(header).iItem);
+        return 0;
     default:
         return 0;
     }

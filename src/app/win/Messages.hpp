@@ -1,4 +1,4 @@
-// Private messages of the main window, counted from WM_APP. Numbers +16 to +19 are left
+// Private messages of the main window, counted from WM_APP. Numbers +16 to +18 are left
 // free on purpose: other windows use them.
 #pragma once
 
@@ -11,6 +11,8 @@ inline constexpr UINT MsgDownloadProgress = WM_APP + 12; // lParam: a DownloadPr
 inline constexpr UINT MsgInstallResult = WM_APP + 13;    // lParam: an InstallResult to take
 inline constexpr UINT MsgThemeChanged = WM_APP + 14;
 inline constexpr UINT MsgChildClosed = WM_APP + 15;
+// lParam a FollowedProcess: the game handed off to a process found under its folder.
+inline constexpr UINT MsgGameFollowed = WM_APP + 19;
 inline constexpr UINT MsgGameExited = WM_APP + 20;
 inline constexpr UINT MsgGameRunning = WM_APP + 21;
 inline constexpr UINT MsgTrayIcon = WM_APP + 22;

@@ -83,6 +83,10 @@ ClientUnderTest::ClientUnderTest(const std::filesystem::path& appData,
 }
 
 ClientUnderTest::~ClientUnderTest() {
+    kill();
+}
+
+void ClientUnderTest::kill() {
     if (process_ && WaitForSingleObject(process_.get(), 0) == WAIT_TIMEOUT) {
         TerminateProcess(process_.get(), 99);
         WaitForSingleObject(process_.get(), 5000);

@@ -33,6 +33,8 @@ public:
     HWND waitForSignInWindow(DWORD timeoutMs) const;
     // A message box this client shows (dialog class "#32770"); nullptr if none came.
     HWND waitForMessageBox(DWORD timeoutMs) const;
+    // Ends it at once, as a crash or the task manager would: nothing of it runs on.
+    void kill();
     // The exit code, or nothing when the client is still running after `timeoutMs`.
     std::optional<DWORD> waitForExit(DWORD timeoutMs) const;
 

@@ -52,6 +52,14 @@ ReceivedRequest lastReceivedRequest() {
             readString(record, "body")};
 }
 
+std::vector<std::string> receivedRequests() {
+    std::vector<std::string> requests;
+    for (const std::string& item : readObjectList(callStandIn("GET", "/__test/requests", ""), "items")) {
+        requests.push_back(readString(item, "request"));
+    }
+    return requests;
+}
+
 void scriptNextReply(const std::string& path, int status, const std::string& body,
                      const std::string& headersJson) {
     callStandIn("POST", "/__test/reply",

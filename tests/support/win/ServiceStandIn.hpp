@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "api/win/WinHttpApiClient.hpp"
 #include "app/SettingsFile.hpp"
@@ -33,6 +34,10 @@ std::string serviceBaseUrl();
 Settings signedInSettings(const std::string& username);
 
 ReceivedRequest lastReceivedRequest();
+
+// Every request the stand-in received since it started (the last 5000), oldest first, as
+// "METHOD path?query"; its test routes are left out.
+std::vector<std::string> receivedRequests();
 
 // A call to one of the stand-in's own routes (test hooks, pages), without a token.
 std::string callStandIn(const std::string& method, const std::string& path, const std::string& body = "");
