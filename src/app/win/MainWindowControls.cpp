@@ -68,7 +68,7 @@ void MainWindow::createControls() {
     HWND tooltip =
         CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
                         CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, hwnd_, nullptr, instance_, nullptr);
-    SendMessageW(tooltip, TTM_SETMAXTIPWIDTH, 0, 360);
+    SendMessageW(tooltip, TTM_SETMAXTIPWIDTH, 0, scaledForDpi(360, dpi));
 
     auto makeChild = [this](const wchar_t* className, const wchar_t* text, DWORD style, int id) {
         HWND child = CreateWindowExW(0, className, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, hwnd_,
