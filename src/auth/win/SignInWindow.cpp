@@ -56,6 +56,7 @@ bool SignInWindow::create(int showCommand) {
     windowClass.lpfnWndProc = &Window::windowProcedure;
     windowClass.hInstance = instance_;
     windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.hIcon = LoadIconW(instance_, MAKEINTRESOURCEW(1)); // the program's star, if it has one
     windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
     windowClass.lpszClassName = kClassName;
     if (RegisterClassExW(&windowClass) == 0 && GetLastError() != ERROR_CLASS_ALREADY_EXISTS) {
