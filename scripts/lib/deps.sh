@@ -4,7 +4,7 @@
 CORVANDELL_PACKAGES=(
     cmake ninja-build g++ git clang-format
     googletest libgtest-dev libgmock-dev libbenchmark-dev
-    g++-mingw-w64-x86-64-posix
+    g++-mingw-w64-x86-64-posix nsis zip
     wine wine64
     xvfb xauth x11-utils xdotool imagemagick pulseaudio
     python3 python3-aiohttp python3-cryptography

@@ -14,6 +14,8 @@
 #include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
 #include "app/win/UiJob.hpp"
+#include "base/win/Dpi.hpp"
+#include "base/win/DpiWindow.hpp"
 #include "base/win/WideText.hpp"
 #include "stores/WatchList.hpp"
 #include "stores/win/WindowsStoreHost.hpp"
@@ -111,6 +113,7 @@ bool MainWindow::create(int showCommand) {
     if (hwnd_ == nullptr) {
         return false;
     }
+    resizeForDpi(hwnd_, 1100, 720);
     ShowWindow(hwnd_, showCommand);
     UpdateWindow(hwnd_);
     refresh();
@@ -121,12 +124,8 @@ int MainWindow::run(int showCommand) {
     if (!create(showCommand)) {
         return 1;
     }
-    MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-    return static_cast<int>(message.wParam);
+    const UniqueAccelerator keys = createMainWindowKeys();
+    return runClientMessageLoop(hwnd_, keys.get());
 }
 
 void MainWindow::refresh() {
@@ -230,6 +229,18 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_SIZE:
         layout(LOWORD(lParam), HIWORD(lParam));
         return 0;
+    case DM_GETDEFID:
+        return MAKELRESULT(defaultCommand(), DC_HASDEFID);
+    case WM_CONTEXTMENU:
+        // From the keyboard (the menu key) only: a right click already came as NM_RCLICK.
+        if (reinterpret_cast<HWND>(wParam) != list_ || lParam != -1) {
+            break;
+        }
+        showRowMenu();
+        return 0;
+    case WM_DPICHANGED:
+        onDpiChanged(*reinterpret_cast<const RECT*>(lParam));
+        return 0;
     case WM_CLOSE:
         onClose();
         return 0;
@@ -246,7 +257,7 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
         if (wParam != command::List || measure == nullptr) {
             break;
         }
-        measure->itemHeight = 24;
+        measure->itemHeight = static_cast<UINT>(scaledForDpi(24, windowDpi(hwnd_)));
         return 1;
     }
     case WM_DRAWITEM: {
@@ -449,8 +460,12 @@ void MainWindow::discardPendingResults() noexcept {
 }
 
 void MainWindow::onCommand(int id, int notification) {
+    if (onKeyCommand(id)) {
+        return;
+    }
     switch (id) {
     case command::Refresh:
+        KillTimer(hwnd_, kSearchTimerId); // a search waiting for its pause is part of this one
         refresh();
         return;
     case command::Launch:

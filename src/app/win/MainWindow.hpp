@@ -14,8 +14,9 @@
 #include "app/RefreshSequence.hpp"
 #include "app/RowText.hpp"
 #include "app/SettingsFile.hpp"
-#include "app/win/InstallState.hpp"
 #include "app/win/GameTracking.hpp"
+#include "app/win/InstallState.hpp"
+#include "app/win/MessageLoop.hpp"
 #include "app/win/Messages.hpp"
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/RowIcons.hpp"
@@ -39,6 +40,9 @@
 #include <vector>
 
 namespace corvandell::win {
+
+// The main window's keyboard shortcuts (MainWindowKeys.cpp).
+UniqueAccelerator createMainWindowKeys();
 
 // Seams through which the window's background work is supplied. Production code uses
 // the defaults; tests count and script the jobs.
@@ -139,6 +143,10 @@ private:
     void redrawTracking();
 
     void layout(int clientWidth, int clientHeight);
+    void onDpiChanged(const RECT& suggested);
+    // The command Enter gives where the focus is (DM_GETDEFID); command::None for none.
+    int defaultCommand() const noexcept;
+    bool onKeyCommand(int id);
     void showFromTray();
     void showTrayMenu();
     void showRowMenu();

@@ -1,4 +1,5 @@
-// The main window's child controls: creation, tooltips, fonts and layout.
+// The main window's child controls: creation, tooltips, fonts and layout, all at the
+// window's own dots per inch, and the move to another monitor's.
 #include <windows.h>
 
 #include <commctrl.h>
@@ -6,6 +7,8 @@
 #include "app/MainLayout.hpp"
 #include "app/win/MainWindow.hpp"
 #include "app/win/ThemeHook.hpp"
+#include "base/win/Dpi.hpp"
+#include "base/win/DpiWindow.hpp"
 
 #include <algorithm>
 #include <array>
@@ -57,22 +60,15 @@ void placeControl(HWND control, const ControlRect& rect) {
     }
 }
 
-UniqueFont createUiFont() {
-    const ScopedWindowDc screen(nullptr);
-    const int height = -MulDiv(9, GetDeviceCaps(screen.get(), LOGPIXELSY), 72);
-    return UniqueFont(CreateFontW(height, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                  OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, CLEARTYPE_QUALITY,
-                                  DEFAULT_PITCH | FF_SWISS, L"Segoe UI"));
-}
-
 } // namespace
 
 void MainWindow::createControls() {
-    font_ = createUiFont();
+    const UINT dpi = windowDpi(hwnd_);
+    font_ = createUiFont(dpi);
     HWND tooltip =
         CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
                         CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, hwnd_, nullptr, instance_, nullptr);
-    SendMessageW(tooltip, TTM_SETMAXTIPWIDTH, 0, 360);
+    SendMessageW(tooltip, TTM_SETMAXTIPWIDTH, 0, scaledForDpi(360, dpi));
 
     auto makeChild = [this](const wchar_t* className, const wchar_t* text, DWORD style, int id) {
         HWND child = CreateWindowExW(0, className, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, hwnd_,
@@ -106,7 +102,7 @@ void MainWindow::createControls() {
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
         column.pszText = const_cast<wchar_t*>(kColumns[i].title);
-        column.cx = kColumns[i].width;
+        column.cx = scaledForDpi(kColumns[i].width, dpi);
         column.iSubItem = static_cast<int>(i);
         ListView_InsertColumn(list_, static_cast<int>(i), &column);
     }
@@ -125,7 +121,7 @@ void MainWindow::createControls() {
 }
 
 void MainWindow::layout(int clientWidth, int clientHeight) {
-    const MainLayout rects = computeMainLayout(clientWidth, clientHeight);
+    const MainLayout rects = computeMainLayout(clientWidth, clientHeight, windowDpi(hwnd_));
     placeControl(control(control::SearchLabel), rects.searchLabel);
     placeControl(search_, rects.searchEdit);
     placeControl(control(command::Refresh), rects.refreshButton);
@@ -141,6 +137,22 @@ void MainWindow::layout(int clientWidth, int clientHeight) {
     placeControl(details_, rects.details);
     placeControl(playtimePanel_ ? playtimePanel_->hwnd() : nullptr, rects.playtimePanel);
     placeControl(status_, rects.statusLine);
+}
+
+// Windows has already moved the window to the new monitor when this arrives, and its
+// dots per inch are the new ones: new fonts first, so the layout that the resize brings
+// measures with them.
+void MainWindow::onDpiChanged(const RECT& suggested) {
+    font_ = createUiFont(windowDpi(hwnd_));
+    setChildrenFont(hwnd_, font_.get(), false);
+    // An owner-drawn list measures its rows only when its frame changes.
+    SetWindowPos(list_, nullptr, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
+    applySuggestedRect(hwnd_, suggested);
+    RECT client{};
+    GetClientRect(hwnd_, &client);
+    layout(client.right, client.bottom); // also when the suggested size is the old one
+    RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 } // namespace corvandell::win

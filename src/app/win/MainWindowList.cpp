@@ -11,6 +11,7 @@
 #include "app/win/MainWindow.hpp"
 #include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
+#include "base/win/Dpi.hpp"
 #include "base/win/WideText.hpp"
 
 #include <algorithm>
@@ -145,8 +146,10 @@ void MainWindow::fitColumns() {
     // Room for the vertical scroll bar is kept while it is hidden, so that its coming
     // never pushes the last column out of sight.
     const bool hasScrollBar = (GetWindowLongW(list_, GWL_STYLE) & WS_VSCROLL) != 0;
-    const int width = client.right - client.left - (hasScrollBar ? 0 : GetSystemMetrics(SM_CXVSCROLL));
-    const std::array<int, 5> widths = fitListColumns(width);
+    const UINT dpi = windowDpi(hwnd_);
+    const int width =
+        client.right - client.left - (hasScrollBar ? 0 : GetSystemMetricsForDpi(SM_CXVSCROLL, dpi));
+    const std::array<int, 5> widths = fitListColumns(width, dpi);
     for (int column = 0; column < kColumnCount; ++column) {
         if (ListView_GetColumnWidth(list_, column) != widths[static_cast<size_t>(column)]) {
             ListView_SetColumnWidth(list_, column, widths[static_cast<size_t>(column)]);
@@ -237,6 +240,10 @@ void MainWindow::drawRow(const DRAWITEMSTRUCT& item) {
     }
     const LibraryItem& row = rows_[item.itemID];
     const Skin& skin = currentTheme();
+    const UINT dpi = windowDpi(hwnd_);
+    const int iconSize = scaledForDpi(kIconSize, dpi);
+    const int cellPadding = scaledForDpi(kCellPadding, dpi);
+    const int starSize = scaledForDpi(kStarSize, dpi);
     const bool selected = (item.itemState & ODS_SELECTED) != 0;
     RECT rect = item.rcItem;
     const Rgb background = selected               ? skin.selection
@@ -244,7 +251,7 @@ void MainWindow::drawRow(const DRAWITEMSTRUCT& item) {
                                                   : skin.controlBackground;
     FillRect(item.hDC, &rect, themeBrush(background));
     if (selected) {
-        RECT bar{rect.left, rect.top, rect.left + 3, rect.bottom};
+        RECT bar{rect.left, rect.top, rect.left + scaledForDpi(3, dpi), rect.bottom};
         FillRect(item.hDC, &bar, themeBrush(skin.accent));
     }
     SetBkMode(item.hDC, TRANSPARENT);
@@ -253,21 +260,21 @@ void MainWindow::drawRow(const DRAWITEMSTRUCT& item) {
     int left = rect.left;
     for (int column = 0; column < kColumnCount; ++column) {
         const int width = ListView_GetColumnWidth(list_, column);
-        RECT cell{left + kCellPadding, rect.top, left + width - kCellPadding / 2, rect.bottom};
+        RECT cell{left + cellPadding, rect.top, left + width - cellPadding / 2, rect.bottom};
         left += width;
         if (cell.right <= cell.left) {
             continue;
         }
         const int middle = rect.top + (rect.bottom - rect.top) / 2;
         if (column == 0) {
-            const RECT box{cell.left, middle - kIconSize / 2, cell.left + kIconSize, middle + kIconSize / 2};
+            const RECT box{cell.left, middle - iconSize / 2, cell.left + iconSize, middle + iconSize / 2};
             if (const auto icon = rowIcons_.find(row.key); icon != rowIcons_.end()) {
-                DrawIconEx(item.hDC, box.left, box.top, icon->second.get(), kIconSize, kIconSize, 0, nullptr,
+                DrawIconEx(item.hDC, box.left, box.top, icon->second.get(), iconSize, iconSize, 0, nullptr,
                            DI_NORMAL);
             } else {
                 drawBadge(item.hDC, box, row, skin);
             }
-            cell.left += kIconSize + kCellPadding;
+            cell.left += iconSize + cellPadding;
         }
         if (column == 4) {
             const auto rating = ratings_.find(row.key);
@@ -275,9 +282,9 @@ void MainWindow::drawRow(const DRAWITEMSTRUCT& item) {
                 continue;
             }
             // The star is drawn rather than typed: not every font has U+2605.
-            const RECT star{cell.left, middle - kStarSize / 2, cell.left + kStarSize, middle + kStarSize / 2};
+            const RECT star{cell.left, middle - starSize / 2, cell.left + starSize, middle + starSize / 2};
             drawStar(item.hDC, star, kStarColour, kStarColour);
-            cell.left += kStarSize + 4;
+            cell.left += starSize + scaledForDpi(4, dpi);
             const std::wstring rest = cellText(static_cast<int>(item.itemID), 4).substr(2);
             SetTextColor(item.hDC, toColorRef(text));
             DrawTextW(item.hDC, rest.c_str(), -1, &cell,

@@ -41,6 +41,11 @@ inline constexpr int Search = 107;
 inline constexpr int OpenClient = 108;
 inline constexpr int Exit = 109;
 inline constexpr int GameOptions = 110;
+// Keyboard-only commands (the main window's accelerator table).
+inline constexpr int FocusSearch = 140;
+inline constexpr int RowMenu = 141;
+// What Enter presses where no control has a command of its own: no control has this id.
+inline constexpr int None = 0x7FFE;
 } // namespace command
 
 // Ids of the controls that send no commands, so tests and layout can find them.

@@ -5,6 +5,7 @@
 #include "app/win/PlaytimePanel.hpp"
 #include "app/win/StarIcon.hpp"
 #include "app/win/ThemeHook.hpp"
+#include "base/win/Dpi.hpp"
 #include "base/win/UniqueHandle.hpp"
 
 namespace corvandell::win {
@@ -13,10 +14,25 @@ namespace {
 constexpr wchar_t kClassName[] = L"CorvandellPlaytimePanel";
 constexpr int kTextTop = PlaytimePanel::kMargin * 2 + PlaytimePanel::kStarSize;
 
-RECT starRect(int index) noexcept {
+int textTop(UINT dpi) noexcept {
+    return scaledForDpi(kTextTop, dpi);
+}
+
+RECT starRect(int index, UINT dpi) noexcept {
     const int left = PlaytimePanel::kMargin + index * (PlaytimePanel::kStarSize + PlaytimePanel::kStarGap);
-    return {left, PlaytimePanel::kMargin, left + PlaytimePanel::kStarSize,
-            PlaytimePanel::kMargin + PlaytimePanel::kStarSize};
+    return {scaledForDpi(left, dpi), scaledForDpi(PlaytimePanel::kMargin, dpi),
+            scaledForDpi(left + PlaytimePanel::kStarSize, dpi),
+            scaledForDpi(PlaytimePanel::kMargin + PlaytimePanel::kStarSize, dpi)};
+}
+
+const wchar_t* captionFor(int myStars, int hoverStar) noexcept {
+    static const wchar_t* const kCaptions[] = {L"Rate this game",       L"You rated it 1 star",
+                                               L"You rated it 2 stars", L"You rated it 3 stars",
+                                               L"You rated it 4 stars", L"You rated it 5 stars"};
+    if (hoverStar != 0) {
+        return L"Click to rate";
+    }
+    return kCaptions[myStars >= 0 && myStars <= 5 ? myStars : 0];
 }
 
 } // namespace
@@ -32,14 +48,15 @@ PlaytimePanel::~PlaytimePanel() {
 
 bool PlaytimePanel::create(HWND parent, int controlId) {
     registerWindowClass(instance_, kClassName, &Window::windowProcedure, nullptr);
-    CreateWindowExW(0, kClassName, L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, 0, 0, parent,
-                    reinterpret_cast<HMENU>(static_cast<INT_PTR>(controlId)), instance_, this);
+    CreateWindowExW(0, kClassName, captionFor(0, 0), WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_TABSTOP, 0,
+                    0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(controlId)), instance_,
+                    this);
     return hwnd_ != nullptr;
 }
 
-int PlaytimePanel::starAt(int x, int y) noexcept {
+int PlaytimePanel::starAt(int x, int y, UINT dpi) noexcept {
     for (int i = 0; i < kStarCount; ++i) {
-        const RECT rect = starRect(i);
+        const RECT rect = starRect(i, dpi);
         if (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom) {
             return i + 1;
         }
@@ -63,7 +80,40 @@ void PlaytimePanel::setMyStars(int stars) {
     }
     myStars_ = stars;
     if (hwnd_ != nullptr) {
+        updateCaption();
         InvalidateRect(hwnd_, nullptr, TRUE);
+    }
+}
+
+void PlaytimePanel::updateCaption() {
+    // What the panel holds, not what the mouse hovers: that is what a screen reader reads.
+    SetWindowTextW(hwnd_, captionFor(myStars_, 0));
+}
+
+void PlaytimePanel::rate(int stars) {
+    if (stars >= 1 && stars <= kStarCount && onRate_) {
+        onRate_(stars);
+    }
+}
+
+void PlaytimePanel::onKey(WPARAM key) {
+    const int current = hoverStar_ != 0 ? hoverStar_ : (myStars_ > 0 ? myStars_ : 1);
+    switch (key) {
+    case VK_LEFT:
+        setHoverStar(current > 1 ? current - 1 : 1);
+        return;
+    case VK_RIGHT:
+        setHoverStar(current < kStarCount ? current + 1 : kStarCount);
+        return;
+    case VK_SPACE:
+    case VK_RETURN:
+        rate(current);
+        return;
+    default:
+        if (key >= '1' && key <= '5') {
+            rate(static_cast<int>(key - '0'));
+        }
+        return;
     }
 }
 
@@ -81,7 +131,8 @@ void PlaytimePanel::setHoverStar(int star) {
 
 void PlaytimePanel::layoutText(int width, int height) {
     if (text_ != nullptr) {
-        MoveWindow(text_, 0, kTextTop, width, height > kTextTop ? height - kTextTop : 0, TRUE);
+        const int top = textTop(windowDpi(hwnd_));
+        MoveWindow(text_, 0, top, width, height > top ? height - top : 0, TRUE);
     }
 }
 
@@ -89,25 +140,29 @@ void PlaytimePanel::paint() {
     PAINTSTRUCT ps{};
     HDC dc = BeginPaint(hwnd_, &ps);
     const Skin& skin = currentTheme();
+    const UINT dpi = windowDpi(hwnd_);
     RECT client{};
     GetClientRect(hwnd_, &client);
-    client.bottom = kTextTop;
+    client.bottom = textTop(dpi);
     FillRect(dc, &client, themeBrush(skin.windowBackground));
     // Hovering previews the rating about to be given; otherwise the user's own shows.
     const int filled = hoverStar_ != 0 ? hoverStar_ : myStars_;
     for (int i = 0; i < kStarCount; ++i) {
         const bool isFilled = i < filled;
-        drawStar(dc, starRect(i), toColorRef(isFilled ? skin.accent : skin.controlBackground),
+        drawStar(dc, starRect(i, dpi), toColorRef(isFilled ? skin.accent : skin.controlBackground),
                  toColorRef(isFilled ? skin.accent : skin.border));
     }
+    const bool hasFocus = GetFocus() == hwnd_;
+    if (hasFocus) {
+        RECT focus = starRect((hoverStar_ != 0 ? hoverStar_ : (myStars_ > 0 ? myStars_ : 1)) - 1, dpi);
+        InflateRect(&focus, scaledForDpi(2, dpi), scaledForDpi(2, dpi));
+        DrawFocusRect(dc, &focus);
+    }
     // What a click does, or what the user gave, beside the stars.
-    const wchar_t* const captions[] = {L"Rate this game",       L"You rated it 1 star",
-                                       L"You rated it 2 stars", L"You rated it 3 stars",
-                                       L"You rated it 4 stars", L"You rated it 5 stars"};
-    const wchar_t* caption =
-        hoverStar_ != 0 ? L"Click to rate" : captions[myStars_ >= 0 && myStars_ <= 5 ? myStars_ : 0];
-    RECT label{starRect(kStarCount - 1).right + kMargin * 2, kMargin, client.right - kMargin,
-               kMargin + kStarSize};
+    const wchar_t* caption = captionFor(myStars_, hasFocus ? 0 : hoverStar_);
+    const int margin = scaledForDpi(kMargin, dpi);
+    RECT label{starRect(kStarCount - 1, dpi).right + margin * 2, margin, client.right - margin,
+               margin + scaledForDpi(kStarSize, dpi)};
     const ScopedSelect selectFont(dc, font_ != nullptr ? static_cast<HGDIOBJ>(font_)
                                                        : GetStockObject(DEFAULT_GUI_FONT));
     SetBkMode(dc, TRANSPARENT);
@@ -129,6 +184,24 @@ LRESULT PlaytimePanel::handleMessage(UINT message, WPARAM wParam, LPARAM lParam)
                                         ES_AUTOVSCROLL,
                                     0, kTextTop, 0, 0, hwnd_, nullptr, instance_, nullptr);
             return 0;
+        case WM_GETDLGCODE:
+            // Arrows, digits and Enter pick and give a rating; Tab still moves on.
+            if (lParam != 0 && reinterpret_cast<const MSG*>(lParam)->message == WM_KEYDOWN &&
+                reinterpret_cast<const MSG*>(lParam)->wParam == VK_RETURN) {
+                return DLGC_WANTMESSAGE;
+            }
+            return DLGC_WANTARROWS | DLGC_WANTCHARS;
+        case WM_KEYDOWN:
+            onKey(wParam);
+            return 0;
+        case WM_SETFOCUS:
+        case WM_KILLFOCUS:
+            hoverStar_ = 0;
+            InvalidateRect(hwnd_, nullptr, TRUE);
+            return 0;
+        case WM_LBUTTONDOWN:
+            SetFocus(hwnd_);
+            return 0;
         case WM_SETFONT:
             font_ = reinterpret_cast<HFONT>(wParam);
             if (text_ != nullptr) {
@@ -142,16 +215,13 @@ LRESULT PlaytimePanel::handleMessage(UINT message, WPARAM wParam, LPARAM lParam)
             paint();
             return 0;
         case WM_MOUSEMOVE:
-            setHoverStar(starAt(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)));
+            setHoverStar(starAt(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam), windowDpi(hwnd_)));
             return 0;
         case WM_MOUSELEAVE:
             setHoverStar(0);
             return 0;
         case WM_LBUTTONUP: {
-            const int star = starAt(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
-            if (star != 0 && onRate_) {
-                onRate_(star);
-            }
+            rate(starAt(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam), windowDpi(hwnd_)));
             return 0;
         }
         case WM_SETCURSOR:

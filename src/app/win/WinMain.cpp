@@ -31,9 +31,8 @@ int runClient(HINSTANCE instance, int showCommand) {
     const corvandell::win::WindowsEnvironment environment;
     const corvandell::DataPaths paths = corvandell::resolveDataPaths(environment);
     // Before anything is read: the load-time rewrite of settings.json is already a write.
-    const corvandell::win::SingleInstance onlyClient(paths.dataFolder);
-    if (!onlyClient.isFirst()) {
-        onlyClient.activateRunningClient();
+    corvandell::win::SingleInstance onlyClient(paths.dataFolder);
+    if (!onlyClient.isFirst() && onlyClient.handOverToRunningClient()) {
         return 0;
     }
     corvandell::GuardedFile settingsFile = corvandell::settingsFileIn(paths.dataFolder);

@@ -1,10 +1,13 @@
 // The sign-in window's controls: where each sits, what it says, and the two groups that
-// appear only once the user has chosen a way in.
+// appear only once the user has chosen a way in. Places are at 96 dots per inch and scaled
+// to the window's own, again whenever it moves to a monitor with other dots per inch.
 #include <windows.h>
 
 #include <commctrl.h>
 
 #include "auth/win/SignInWindow.hpp"
+#include "base/win/Dpi.hpp"
+#include "base/win/DpiWindow.hpp"
 
 #include <array>
 
@@ -54,12 +57,9 @@ constexpr std::array<SignInControl, 16> kControls{{
     {signin::Skip, Kind::Button, Group::Always, L"Skip for now", {310, 594, 110, 26}},
 }};
 
-UniqueFont createFont(int points, int weight) {
-    const ScopedWindowDc screen(nullptr);
-    const int height = -MulDiv(points, GetDeviceCaps(screen.get(), LOGPIXELSY), 72);
-    return UniqueFont(CreateFontW(height, 0, 0, 0, weight, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                  OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, CLEARTYPE_QUALITY,
-                                  DEFAULT_PITCH | FF_SWISS, L"Segoe UI"));
+RECT scaledPlace(const SignInControl& control, UINT dpi) {
+    return {scaledForDpi(control.place.left, dpi), scaledForDpi(control.place.top, dpi),
+            scaledForDpi(control.place.right, dpi), scaledForDpi(control.place.bottom, dpi)};
 }
 
 void showGroup(HWND window, Group group) {
@@ -72,9 +72,15 @@ void showGroup(HWND window, Group group) {
 
 } // namespace
 
+void SignInWindow::createFonts() {
+    const UINT dpi = windowDpi(hwnd_);
+    font_ = createUiFont(dpi, 9, FW_NORMAL);
+    titleFont_ = createUiFont(dpi, 18, FW_SEMIBOLD);
+}
+
 void SignInWindow::createControls() {
-    font_ = createFont(9, FW_NORMAL);
-    titleFont_ = createFont(18, FW_SEMIBOLD);
+    createFonts();
+    const UINT dpi = windowDpi(hwnd_);
     const bool isOwnerDrawn = hooks_.paintHook != nullptr;
     for (const SignInControl& control : kControls) {
         const wchar_t* className = WC_STATICW;
@@ -99,16 +105,56 @@ void SignInWindow::createControls() {
         if (control.group == Group::Always) {
             style |= WS_VISIBLE;
         }
-        HWND child =
-            CreateWindowExW(extendedStyle, className, control.text, style, control.place.left,
-                            control.place.top, control.place.right, control.place.bottom, hwnd_,
-                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(control.id)), instance_, nullptr);
+        const RECT place = scaledPlace(control, dpi);
+        HWND child = CreateWindowExW(
+            extendedStyle, className, control.text, style, place.left, place.top, place.right, place.bottom,
+            hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(control.id)), instance_, nullptr);
         const HFONT font = control.id == signin::Title ? titleFont_.get() : font_.get();
         SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
         if (control.kind == Kind::Button && hooks_.trackButtonHover != nullptr) {
             hooks_.trackButtonHover(child);
         }
     }
+}
+
+void SignInWindow::onDpiChanged(const RECT& suggested) {
+    createFonts();
+    const UINT dpi = windowDpi(hwnd_);
+    for (const SignInControl& control : kControls) {
+        HWND child = GetDlgItem(hwnd_, control.id);
+        const RECT place = scaledPlace(control, dpi);
+        MoveWindow(child, place.left, place.top, place.right, place.bottom, FALSE);
+        const HFONT font = control.id == signin::Title ? titleFont_.get() : font_.get();
+        SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    }
+    applySuggestedRect(hwnd_, suggested);
+    RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+}
+
+// Enter gives the focused edit's own button ("Use URL", "Send link", "Verify") or presses
+// the focused button; elsewhere it does nothing. Without this answer the dialog manager
+// would send IDOK, which is the id of "Continue with Google".
+int SignInWindow::defaultButton() const noexcept {
+    HWND focus = GetFocus();
+    if (focus == nullptr || GetParent(focus) != hwnd_) {
+        return signin::kNoDefault;
+    }
+    switch (GetDlgCtrlID(focus)) {
+    case signin::AddressEdit:
+        return signin::UseUrl;
+    case signin::EmailEdit:
+        return signin::SendLink;
+    case signin::LinkEdit:
+        return signin::Verify;
+    default:
+        break;
+    }
+    for (const SignInControl& control : kControls) {
+        if (control.id == GetDlgCtrlID(focus) && control.kind == Kind::Button) {
+            return control.id;
+        }
+    }
+    return signin::kNoDefault;
 }
 
 void SignInWindow::showBrowserGroup() {

@@ -11,6 +11,7 @@
 #include "api/win/WinHttpApiClient.hpp"
 #include "auth/SignInAddress.hpp"
 #include "auth/win/SignInWindow.hpp"
+#include "base/win/Dpi.hpp"
 #include "base/win/WideText.hpp"
 
 #include <exception>
@@ -55,6 +56,7 @@ bool SignInWindow::create(int showCommand) {
     windowClass.lpfnWndProc = &Window::windowProcedure;
     windowClass.hInstance = instance_;
     windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.hIcon = LoadIconW(instance_, MAKEINTRESOURCEW(1)); // the program's star, if it has one
     windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
     windowClass.lpszClassName = kClassName;
     if (RegisterClassExW(&windowClass) == 0 && GetLastError() != ERROR_CLASS_ALREADY_EXISTS) {
@@ -70,6 +72,16 @@ bool SignInWindow::create(int showCommand) {
                         nullptr, instance_, this) == nullptr) {
         return false;
     }
+    // The monitor the window landed on decides its size; at 96 dots per inch it is the one
+    // computed above.
+    const UINT dpi = windowDpi(hwnd_);
+    RECT scaled{0, 0, scaledForDpi(kClientWidth, dpi), scaledForDpi(kClientHeight, dpi)};
+    AdjustWindowRectExForDpi(&scaled, kStyle, FALSE, WS_EX_CONTROLPARENT, dpi);
+    const int scaledWidth = scaled.right - scaled.left;
+    const int scaledHeight = scaled.bottom - scaled.top;
+    SetWindowPos(hwnd_, nullptr, (GetSystemMetrics(SM_CXSCREEN) - scaledWidth) / 2,
+                 (GetSystemMetrics(SM_CYSCREEN) - scaledHeight) / 2, scaledWidth, scaledHeight,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
     ShowWindow(hwnd_, isMinimisedShow(showCommand) ? SW_SHOWNORMAL : showCommand);
     UpdateWindow(hwnd_);
     return true;
@@ -81,6 +93,13 @@ SignInResult SignInWindow::run(int showCommand) {
     }
     MSG message{};
     while (!ended_ && GetMessageW(&message, nullptr, 0, 0) > 0) {
+        // Escape closes the window as its close box does. The dialog manager would send
+        // IDCANCEL instead, which is the id of "Use URL".
+        if (message.message == WM_KEYDOWN && message.wParam == VK_ESCAPE &&
+            (message.hwnd == hwnd_ || IsChild(hwnd_, message.hwnd))) {
+            PostMessageW(hwnd_, WM_CLOSE, 0, 0);
+            continue;
+        }
         if (!IsDialogMessageW(hwnd_, &message)) {
             TranslateMessage(&message);
             DispatchMessageW(&message);
@@ -113,6 +132,11 @@ LRESULT SignInWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
             setStatus(L"Restoring your session...");
             attemptRefresh();
         }
+        return 0;
+    case DM_GETDEFID:
+        return MAKELRESULT(defaultButton(), DC_HASDEFID);
+    case WM_DPICHANGED:
+        onDpiChanged(*reinterpret_cast<const RECT*>(lParam));
         return 0;
     case WM_COMMAND:
         if (HIWORD(wParam) == BN_CLICKED && lParam != 0) {

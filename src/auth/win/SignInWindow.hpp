@@ -52,6 +52,9 @@ inline constexpr int LinkLabel = 27;
 inline constexpr int LinkEdit = 28;
 inline constexpr int Status = 29;
 
+// What Enter presses where no button is the default: an id no control has.
+inline constexpr int kNoDefault = 0x7FFE;
+
 inline constexpr UINT_PTR kPollTimerId = 1;
 inline constexpr UINT kPollIntervalMs = 5000;
 } // namespace signin
@@ -92,6 +95,9 @@ private:
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
 
     void createControls();
+    void createFonts();
+    void onDpiChanged(const RECT& suggested);
+    int defaultButton() const noexcept;
     void showBrowserGroup();
     void showEmailGroup();
     void setStatus(const std::wstring& text);

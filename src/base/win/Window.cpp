@@ -62,6 +62,9 @@ bool registerWindowClass(HINSTANCE instance, const wchar_t* className, WNDPROC p
     windowClass.lpfnWndProc = procedure;
     windowClass.hInstance = instance;
     windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    // The program's icon (resource 1 of corvandell.exe) in the title bar and on the taskbar;
+    // a program without one, such as a test, gets the system's.
+    windowClass.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(1));
     windowClass.hbrBackground = background;
     windowClass.lpszClassName = className;
     return RegisterClassExW(&windowClass) != 0;

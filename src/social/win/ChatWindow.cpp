@@ -5,6 +5,8 @@
 #include "social/win/ChatWindow.hpp"
 
 #include "api/win/WinHttpApiClient.hpp"
+#include "base/win/Dpi.hpp"
+#include "base/win/DpiWindow.hpp"
 #include "base/win/WideText.hpp"
 #include "social/ChatNames.hpp"
 #include "social/win/SocialControls.hpp"
@@ -72,6 +74,7 @@ ChatWindow* ChatWindow::open(HINSTANCE instance, HWND owner, const Settings* set
                             instance)) {
         return nullptr;
     }
+    resizeForDpi(window->hwnd_, 540, 480);
     ShowWindow(window->hwnd_, showCommand);
     UpdateWindow(window->hwnd_);
     window->load();
@@ -100,6 +103,11 @@ LRESULT ChatWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_SIZE:
         layout(LOWORD(lParam), HIWORD(lParam));
         return 0;
+    case WM_DPICHANGED:
+        onDpiChanged(*reinterpret_cast<const RECT*>(lParam));
+        return 0;
+    case DM_GETDEFID:
+        return MAKELRESULT(defaultButton(), DC_HASDEFID);
     case WM_COMMAND:
         onCommand(LOWORD(wParam));
         return 0;
@@ -138,7 +146,7 @@ LRESULT ChatWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void ChatWindow::createControls() {
-    font_ = createSocialFont();
+    font_ = createUiFont(windowDpi(hwnd_));
     const ControlMaker maker(hwnd_, instance_, font_.get(), look_);
     transcriptEdit_ = maker.make(
         L"EDIT", L"", ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL | WS_VSCROLL | WS_BORDER, kTranscript);
@@ -153,18 +161,43 @@ void ChatWindow::createControls() {
 }
 
 void ChatWindow::layout(int width, int height) {
-    const int inner = width - 2 * kMargin;
-    constexpr int kSendWidth = 84;
-    placeControl(transcriptEdit_, kMargin, kMargin, inner, height - kMargin - 92);
-    placeControl(control(kMessageEdit), kMargin, height - 72, inner - kSendWidth - 6, 28);
-    placeControl(control(kSendButton), width - kMargin - kSendWidth, height - 72, kSendWidth, 28);
-    placeControl(control(kChatRefreshButton), kMargin, height - 38, 96, 28);
-    placeControl(control(kVoiceButton), kMargin + 102, height - 38, 110, 28);
-    placeControl(control(kMuteButton), kMargin + 218, height - 38, 110, 28);
+    const UINT dpi = windowDpi(hwnd_);
+    const auto s = [dpi](int pixels) { return scaledForDpi(pixels, dpi); };
+    const int margin = s(kMargin);
+    const int inner = width - 2 * margin;
+    const int sendWidth = s(84);
+    placeControl(transcriptEdit_, margin, margin, inner, height - margin - s(92));
+    placeControl(control(kMessageEdit), margin, height - s(72), inner - sendWidth - s(6), s(28));
+    placeControl(control(kSendButton), width - margin - sendWidth, height - s(72), sendWidth, s(28));
+    placeControl(control(kChatRefreshButton), margin, height - s(38), s(96), s(28));
+    placeControl(control(kVoiceButton), margin + s(102), height - s(38), s(110), s(28));
+    placeControl(control(kMuteButton), margin + s(218), height - s(38), s(110), s(28));
+}
+
+void ChatWindow::onDpiChanged(const RECT& suggested) {
+    font_ = createUiFont(windowDpi(hwnd_));
+    setChildrenFont(hwnd_, font_.get(), false);
+    applySuggestedRect(hwnd_, suggested);
+    RECT client{};
+    GetClientRect(hwnd_, &client);
+    layout(client.right, client.bottom);
+    RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+}
+
+// Enter in the message box sends it; on a button it presses that button.
+int ChatWindow::defaultButton() const noexcept {
+    if (GetFocus() == control(kMessageEdit)) {
+        return kSendButton;
+    }
+    const int button = focusedButtonOf(hwnd_);
+    return button != 0 ? button : kNoDefaultButton;
 }
 
 void ChatWindow::onCommand(int id) {
     switch (id) {
+    case IDCANCEL: // Escape
+        PostMessageW(hwnd_, WM_CLOSE, 0, 0);
+        return;
     case kSendButton:
         sendCurrentMessage();
         return;

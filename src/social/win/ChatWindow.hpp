@@ -91,6 +91,9 @@ private:
 
     void createControls();
     void layout(int width, int height);
+    void onDpiChanged(const RECT& suggested);
+    // The button Enter presses where the focus is (DM_GETDEFID); kNoDefaultButton for none.
+    int defaultButton() const noexcept;
     void onCommand(int id);
     void onDestroy() noexcept;
     void onLoad(std::unique_ptr<ChatLoad> result);

@@ -5,6 +5,8 @@
 #include "social/win/FriendsWindow.hpp"
 
 #include "api/win/WinHttpApiClient.hpp"
+#include "base/win/Dpi.hpp"
+#include "base/win/DpiWindow.hpp"
 #include "base/win/WideText.hpp"
 #include "social/ChatNames.hpp"
 #include "social/win/ChatWindow.hpp"
@@ -57,6 +59,7 @@ FriendsWindow* FriendsWindow::open(HINSTANCE instance, HWND owner, const Setting
     if (!createSelfDeleting(window, 0, kClassName, L"Corvandell Friends", 380, 560, owner, instance)) {
         return nullptr;
     }
+    resizeForDpi(window->hwnd_, 380, 560);
     ShowWindow(window->hwnd_, showCommand);
     UpdateWindow(window->hwnd_);
     window->refresh();
@@ -84,12 +87,17 @@ LRESULT FriendsWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_SIZE:
         layout(LOWORD(lParam), HIWORD(lParam));
         return 0;
+    case WM_DPICHANGED:
+        onDpiChanged(*reinterpret_cast<const RECT*>(lParam));
+        return 0;
+    case DM_GETDEFID:
+        return MAKELRESULT(defaultButton(), DC_HASDEFID);
     case WM_COMMAND:
         onCommand(LOWORD(wParam));
         return 0;
     case WM_MEASUREITEM:
         if (auto* item = reinterpret_cast<MEASUREITEMSTRUCT*>(lParam); item->CtlID == kFriendsList) {
-            item->itemHeight = kRowHeight;
+            item->itemHeight = static_cast<UINT>(scaledForDpi(kRowHeight, windowDpi(hwnd_)));
             return TRUE;
         }
         break;
@@ -131,7 +139,7 @@ LRESULT FriendsWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void FriendsWindow::createControls() {
-    font_ = createSocialFont();
+    font_ = createUiFont(windowDpi(hwnd_));
     const ControlMaker maker(hwnd_, instance_, font_.get(), look_);
     maker.make(L"STATIC", L"Your User ID (share it so friends can add you)", SS_LEFT, kOwnIdLabel);
     maker.make(L"EDIT", L"Loading...", ES_READONLY | ES_AUTOHSCROLL | WS_BORDER, kOwnIdEdit);
@@ -161,23 +169,58 @@ void FriendsWindow::createControls() {
 }
 
 void FriendsWindow::layout(int width, int height) {
-    const int inner = width - 2 * kMargin;
-    constexpr int kSideButton = 72;
-    placeControl(control(kOwnIdLabel), kMargin, 10, inner, 18);
-    placeControl(control(kOwnIdEdit), kMargin, 32, inner - kSideButton - 6, 26);
-    placeControl(control(kCopyButton), width - kMargin - kSideButton, 32, kSideButton, 26);
-    placeControl(control(kFriendIdLabel), kMargin, 68, inner, 18);
-    placeControl(control(kFriendIdEdit), kMargin, 90, inner - kSideButton - 6, 26);
-    placeControl(control(kAddButton), width - kMargin - kSideButton, 90, kSideButton, 26);
-    placeControl(control(kRefreshButton), kMargin, 128, 96, 28);
-    placeControl(control(kChatSelectedButton), kMargin + 102, 128, 120, 28);
-    placeControl(list_, kMargin, 166, inner, height - 166 - 56);
-    placeControl(control(kHintLine), kMargin, height - 50, inner, 18);
-    placeControl(control(kFriendsStatus), kMargin, height - 28, inner, 18);
+    const UINT dpi = windowDpi(hwnd_);
+    const auto s = [dpi](int pixels) { return scaledForDpi(pixels, dpi); };
+    const int margin = s(kMargin);
+    const int inner = width - 2 * margin;
+    const int sideButton = s(72);
+    placeControl(control(kOwnIdLabel), margin, s(10), inner, s(18));
+    placeControl(control(kOwnIdEdit), margin, s(32), inner - sideButton - s(6), s(26));
+    placeControl(control(kCopyButton), width - margin - sideButton, s(32), sideButton, s(26));
+    placeControl(control(kFriendIdLabel), margin, s(68), inner, s(18));
+    placeControl(control(kFriendIdEdit), margin, s(90), inner - sideButton - s(6), s(26));
+    placeControl(control(kAddButton), width - margin - sideButton, s(90), sideButton, s(26));
+    placeControl(control(kRefreshButton), margin, s(128), s(96), s(28));
+    placeControl(control(kChatSelectedButton), margin + s(102), s(128), s(120), s(28));
+    placeControl(list_, margin, s(166), inner, height - s(166 + 56));
+    placeControl(control(kHintLine), margin, height - s(50), inner, s(18));
+    placeControl(control(kFriendsStatus), margin, height - s(28), inner, s(18));
+}
+
+void FriendsWindow::onDpiChanged(const RECT& suggested) {
+    const UINT dpi = windowDpi(hwnd_);
+    font_ = createUiFont(dpi);
+    setChildrenFont(hwnd_, font_.get(), false);
+    SendMessageW(list_, LB_SETITEMHEIGHT, 0, scaledForDpi(kRowHeight, dpi));
+    applySuggestedRect(hwnd_, suggested);
+    RECT client{};
+    GetClientRect(hwnd_, &client);
+    layout(client.right, client.bottom);
+    RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+}
+
+// Enter adds the friend whose id was typed, opens a chat with the selected friends, or
+// presses the focused button.
+int FriendsWindow::defaultButton() const noexcept {
+    HWND focus = GetFocus();
+    if (focus == control(kFriendIdEdit)) {
+        return kAddButton;
+    }
+    if (focus == list_) {
+        return kChatSelectedButton;
+    }
+    if (focus == control(kOwnIdEdit)) {
+        return kCopyButton;
+    }
+    const int button = focusedButtonOf(hwnd_);
+    return button != 0 ? button : kNoDefaultButton;
 }
 
 void FriendsWindow::onCommand(int id) {
     switch (id) {
+    case IDCANCEL: // Escape
+        PostMessageW(hwnd_, WM_CLOSE, 0, 0);
+        return;
     case kRefreshButton:
         refresh();
         return;
@@ -313,6 +356,7 @@ void FriendsWindow::drawRow(const DRAWITEMSTRUCT& item) {
         return;
     }
     const bool isSelected = (item.itemState & ODS_SELECTED) != 0;
+    const int padding = scaledForDpi(kRowPadding, windowDpi(hwnd_));
     RECT rect = item.rcItem;
     const UniqueBrush background(CreateSolidBrush(isSelected ? look_.selection : look_.rowBackground));
     FillRect(item.hDC, &rect, background.get());
@@ -322,7 +366,7 @@ void FriendsWindow::drawRow(const DRAWITEMSTRUCT& item) {
     const FriendInfo& friendInfo = friends_[item.itemID];
     SetBkMode(item.hDC, TRANSPARENT);
     const std::wstring state = widen(friendStateText(friendInfo));
-    RECT stateRect{rect.left, rect.top, rect.right - kRowPadding, rect.bottom};
+    RECT stateRect{rect.left, rect.top, rect.right - padding, rect.bottom};
     SIZE stateSize{};
     GetTextExtentPoint32W(item.hDC, state.c_str(), static_cast<int>(state.size()), &stateSize);
     const bool isAway = !friendInfo.online && friendInfo.currentGame.empty();
@@ -331,8 +375,7 @@ void FriendsWindow::drawRow(const DRAWITEMSTRUCT& item) {
               DT_RIGHT | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
     SetTextColor(item.hDC, look_.rowText);
     const std::wstring name = widen(friendInfo.username);
-    RECT nameRect{rect.left + kRowPadding, rect.top, rect.right - kRowPadding - stateSize.cx - kRowPadding,
-                  rect.bottom};
+    RECT nameRect{rect.left + padding, rect.top, rect.right - padding - stateSize.cx - padding, rect.bottom};
     DrawTextW(item.hDC, name.c_str(), -1, &nameRect,
               DT_LEFT | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
 }

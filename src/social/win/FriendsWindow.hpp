@@ -55,6 +55,9 @@ private:
 
     void createControls();
     void layout(int width, int height);
+    void onDpiChanged(const RECT& suggested);
+    // The button Enter presses where the focus is (DM_GETDEFID); kNoDefaultButton for none.
+    int defaultButton() const noexcept;
     void onCommand(int id);
     void onFriendsResult(std::unique_ptr<FriendsResult> result);
     void addFriend();

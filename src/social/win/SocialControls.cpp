@@ -4,14 +4,6 @@
 
 namespace corvandell::win {
 
-UniqueFont createSocialFont() {
-    const ScopedWindowDc screen(nullptr);
-    const int height = -MulDiv(9, GetDeviceCaps(screen.get(), LOGPIXELSY), 72);
-    return UniqueFont(CreateFontW(height, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                  OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, CLEARTYPE_QUALITY,
-                                  DEFAULT_PITCH | FF_SWISS, L"Segoe UI"));
-}
-
 HWND ControlMaker::make(const wchar_t* className, const wchar_t* text, DWORD style, int id,
                         DWORD exStyle) const {
     HWND control =
@@ -37,6 +29,16 @@ void setControlText(HWND control, const std::wstring& text) {
 void placeControl(HWND control, int x, int y, int width, int height) {
     // A window too small for the fixed parts gives negative sizes; show nothing then.
     MoveWindow(control, x, y, std::max(width, 0), std::max(height, 0), TRUE);
+}
+
+int focusedButtonOf(HWND window) {
+    HWND focus = GetFocus();
+    if (focus == nullptr || GetParent(focus) != window) {
+        return 0;
+    }
+    wchar_t className[16] = {};
+    GetClassNameW(focus, className, 16);
+    return lstrcmpiW(className, L"BUTTON") == 0 ? GetDlgCtrlID(focus) : 0;
 }
 
 void appendToEdit(HWND edit, const std::wstring& text) {

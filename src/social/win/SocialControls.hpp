@@ -1,5 +1,5 @@
-// Child controls of the friends and chat windows: one font, buttons in the window's look,
-// and the few control calls both windows make.
+// Child controls of the friends and chat windows: buttons in the window's look and the few
+// control calls both windows make. Both use the client's font (base/win/Dpi.hpp).
 #pragma once
 
 #include <windows.h>
@@ -10,8 +10,6 @@
 #include <string>
 
 namespace corvandell::win {
-
-UniqueFont createSocialFont();
 
 class ControlMaker {
 public:
@@ -30,6 +28,8 @@ private:
 
 void setControlText(HWND control, const std::wstring& text);
 void placeControl(HWND control, int x, int y, int width, int height);
+// The focused control's id when it is a push button of `window`, else 0.
+int focusedButtonOf(HWND window);
 // Appends at the end of a multi-line edit and scrolls it there.
 void appendToEdit(HWND edit, const std::wstring& text);
 

@@ -18,6 +18,9 @@ inline constexpr int kFriendsStatus = 808;
 inline constexpr int kOwnIdLabel = 809;
 inline constexpr int kFriendIdLabel = 810;
 
+// What Enter presses where no button is the default: an id no control has.
+inline constexpr int kNoDefaultButton = 0x7FFE;
+
 inline constexpr UINT MsgFriendsResult = WM_APP + 1;
 inline constexpr UINT MsgFriendRequestDone = WM_APP + 2;
 

@@ -79,7 +79,7 @@ TEST_F(MainWindowTest, ControlsSitWhereTheLayoutPutsThemAtAKnownClientSize) {
         {command::List, L"", {12, 58, 659, 666}},
         {control::DetailsLabel, L"Game Details", {675, 58, 835, 76}},
         {control::Details, L"Select a game to see its details.", {675, 80, 989, 310}},
-        {control::PlaytimePanel, L"", {675, 318, 989, 666}},
+        {control::PlaytimePanel, L"Rate this game", {675, 318, 989, 666}},
         {control::Status, L"Library refreshed.", {12, 676, 989, 696}},
     };
     for (const auto& [id, text, expectedRect] : expected) {

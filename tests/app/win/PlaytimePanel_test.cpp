@@ -32,5 +32,37 @@ TEST(PlaytimePanel, ClickingAStarReportsItsNumber) {
     DestroyWindow(parent);
 }
 
+// From the keyboard: a digit rates at once; the arrows pick a star that Space or Enter gives.
+// The panel's window text says what it shows, for screen readers.
+TEST(PlaytimePanel, KeysRateAndTheWindowTextNamesTheRating) {
+    HWND parent = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 400, 400, nullptr, nullptr,
+                                  GetModuleHandleW(nullptr), nullptr);
+    ASSERT_NE(parent, nullptr);
+    std::vector<int> rated;
+    PlaytimePanel panel(GetModuleHandleW(nullptr), [&rated](int stars) { rated.push_back(stars); });
+    ASSERT_TRUE(panel.create(parent, 124));
+    EXPECT_TRUE(GetWindowLongW(panel.hwnd(), GWL_STYLE) & WS_TABSTOP) << "Tab never reaches the stars";
+    wchar_t text[64] = {};
+    GetWindowTextW(panel.hwnd(), text, 64);
+    EXPECT_STREQ(text, L"Rate this game");
+    const std::vector<std::pair<WPARAM, std::vector<int>>> steps = {
+        {'4', {4}},
+        {VK_RIGHT, {4}},       // picks star 2 (none given yet: the pick starts at 1)
+        {VK_RIGHT, {4}},       // 3
+        {VK_RETURN, {4, 3}},   // gives it
+        {VK_LEFT, {4, 3}},     // 2
+        {VK_SPACE, {4, 3, 2}}, // gives it
+        {'9', {4, 3, 2}},      // not a rating
+    };
+    for (const auto& [key, expected] : steps) {
+        SendMessageW(panel.hwnd(), WM_KEYDOWN, key, 0);
+        EXPECT_EQ(rated, expected) << "after key " << key;
+    }
+    panel.setMyStars(4);
+    GetWindowTextW(panel.hwnd(), text, 64);
+    EXPECT_STREQ(text, L"You rated it 4 stars");
+    DestroyWindow(parent);
+}
+
 } // namespace
 } // namespace corvandell::win

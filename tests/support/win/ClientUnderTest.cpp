@@ -67,11 +67,18 @@ void pressKey(HWND window, WORD key) {
 
 ClientUnderTest::ClientUnderTest(const std::filesystem::path& appData,
                                  const std::filesystem::path& localAppData,
-                                 const std::filesystem::path& workingFolder) {
-    std::wstring commandLine = L"\"" + siblingExecutable(L"corvandell.exe").wstring() + L"\"";
+                                 const std::filesystem::path& workingFolder, int showCommand,
+                                 const std::filesystem::path& executable) {
+    const std::filesystem::path program =
+        executable.empty() ? siblingExecutable(L"corvandell.exe") : executable;
+    std::wstring commandLine = L"\"" + program.wstring() + L"\"";
     std::vector<wchar_t> environment = environmentWith(appData, localAppData);
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
+    if (showCommand >= 0) {
+        startup.dwFlags = STARTF_USESHOWWINDOW;
+        startup.wShowWindow = static_cast<WORD>(showCommand);
+    }
     PROCESS_INFORMATION process{};
     if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_UNICODE_ENVIRONMENT,
                         environment.data(), workingFolder.c_str(), &startup, &process)) {

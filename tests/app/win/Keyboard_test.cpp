@@ -1,0 +1,234 @@
+// Every window from the keyboard, in process, through the client's own message routing:
+// the main window's shortcuts, Tab and Enter; Enter and Escape in the sign-in, friends and
+// chat windows. Keys are posted as the keyboard driver would queue them; modifier keys are
+// set in this thread's key state, which is where TranslateAccelerator reads them.
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "app/Skins.hpp"
+#include "app/win/MainWindow.hpp"
+#include "app/win/MessageLoop.hpp"
+#include "app/win/ThemeHook.hpp"
+#include "auth/win/SignInWindow.hpp"
+#include "social/win/FriendsWindow.hpp"
+#include "social/win/SocialIds.hpp"
+#include "support/ScriptedService.hpp"
+#include "support/TempFolder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace corvandell::win {
+namespace {
+
+// Pumps as the client's loop does until `done` or the time is up.
+bool pumpClientUntil(HWND main, HACCEL keys, const std::function<bool()>& done, DWORD timeoutMs) {
+    const ULONGLONG end = GetTickCount64() + timeoutMs;
+    for (;;) {
+        MSG message{};
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            if (message.message != WM_QUIT && !preTranslateClientMessage(main, keys, message)) {
+                TranslateMessage(&message);
+                DispatchMessageW(&message);
+            }
+        }
+        if (done() || GetTickCount64() >= end) {
+            return done();
+        }
+        MsgWaitForMultipleObjectsEx(0, nullptr, 10, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    }
+}
+
+void pressKey(HWND target, WPARAM key) {
+    PostMessageW(target, WM_KEYDOWN, key, 1);
+    PostMessageW(target, WM_KEYUP, key, 0xC0000001);
+}
+
+// Holds modifier keys down in this thread's key state while it lives.
+class HeldKeys {
+public:
+    explicit HeldKeys(std::initializer_list<BYTE> keys) {
+        GetKeyboardState(saved_);
+        BYTE state[256];
+        GetKeyboardState(state);
+        for (const BYTE key : keys) {
+            state[key] = 0x80;
+        }
+        SetKeyboardState(state);
+    }
+    ~HeldKeys() { SetKeyboardState(saved_); }
+    HeldKeys(const HeldKeys&) = delete;
+    HeldKeys& operator=(const HeldKeys&) = delete;
+
+private:
+    BYTE saved_[256] = {};
+};
+
+class MainWindowKeysTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        applyTheme(builtInSkins()[0]);
+        MainWindowJobs jobs;
+        jobs.makeRefresh = [this](const std::string& query) -> std::function<LibraryResult()> {
+            queries_.push_back(query);
+            return [] { return LibraryResult{.succeeded = true}; };
+        };
+        jobs.api = std::make_shared<test::ScriptedService>();
+        const DataPaths paths{folder_.path() / "data", folder_.path() / "games"};
+        Settings settings = defaultSettings(paths.defaultLibraryFolder);
+        settings.bearerToken = "token";
+        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths, std::move(settings),
+                                               settingsFileIn(paths.dataFolder), std::move(jobs));
+        ASSERT_TRUE(window_->create(SW_SHOWNORMAL));
+        keys_ = createMainWindowKeys();
+        ASSERT_TRUE(keys_);
+        pump([this] { return window_->statusText() == L"Library refreshed."; });
+        queries_.clear();
+    }
+    void TearDown() override { window_.reset(); }
+
+    bool pump(const std::function<bool()>& done, DWORD timeoutMs = 5000) {
+        return pumpClientUntil(window_->hwnd(), keys_.get(), done, timeoutMs);
+    }
+    void settle() {
+        pump([] { return false; }, 100);
+    }
+    HWND control(int id) const { return window_->control(id); }
+
+    test::TempFolder folder_;
+    std::vector<std::string> queries_;
+    std::unique_ptr<MainWindow> window_;
+    UniqueAccelerator keys_;
+};
+
+TEST_F(MainWindowKeysTest, ShortcutsReachTheirCommandsOnlyFromTheMainWindow) {
+    HWND list = control(command::List);
+    SetFocus(list);
+    pressKey(list, VK_F5);
+    EXPECT_TRUE(pump([this] { return queries_.size() == 1; })) << "F5 did not refresh";
+    {
+        const HeldKeys held({VK_CONTROL, VK_LCONTROL});
+        pressKey(list, 'R');
+        EXPECT_TRUE(pump([this] { return queries_.size() == 2; })) << "Ctrl+R did not refresh";
+        pressKey(list, 'F');
+        EXPECT_TRUE(pump([this] { return GetFocus() == control(command::Search); })) << "Ctrl+F";
+    }
+    // Another of the client's windows on the same thread keeps its F5 to itself.
+    HWND other = CreateWindowExW(0, L"EDIT", L"", WS_POPUP | WS_VISIBLE, 0, 0, 100, 30, nullptr, nullptr,
+                                 GetModuleHandleW(nullptr), nullptr);
+    SetFocus(other);
+    pressKey(other, VK_F5);
+    settle();
+    EXPECT_EQ(queries_.size(), 2u) << "F5 in another window refreshed the library";
+    DestroyWindow(other);
+}
+
+TEST_F(MainWindowKeysTest, TabWalksTheControlsAndEnterInTheSearchBoxSearchesAtOnce) {
+    HWND search = control(command::Search);
+    SetFocus(search);
+    pressKey(search, VK_TAB);
+    EXPECT_TRUE(pump([this] { return GetFocus() == control(command::Refresh); }))
+        << "Tab from the search box";
+    pressKey(GetFocus(), VK_TAB);
+    EXPECT_TRUE(pump([this] { return GetFocus() == control(command::Launch); }));
+
+    SetFocus(search);
+    SetWindowTextW(search, L"sky"); // starts the pause-then-search timer
+    pressKey(search, VK_RETURN);
+    EXPECT_TRUE(pump([this] { return queries_.size() == 1; })) << "Enter did not search";
+    EXPECT_EQ(queries_.front(), "sky");
+    // The search that was waiting for a pause in the typing is the one just made.
+    pump([] { return false; }, kSearchDebounceMs + 250);
+    EXPECT_EQ(queries_.size(), 1u);
+
+    SetFocus(control(command::Refresh));
+    pressKey(control(command::Refresh), VK_RETURN);
+    EXPECT_TRUE(pump([this] { return queries_.size() == 2; })) << "Enter on the Refresh button";
+}
+
+TEST_F(MainWindowKeysTest, EnterGivesTheFocusedControlsCommandAndNothingElsewhere) {
+    const auto defaultCommand = [this] {
+        return static_cast<int>(LOWORD(SendMessageW(window_->hwnd(), DM_GETDEFID, 0, 0)));
+    };
+    SetFocus(control(command::List));
+    EXPECT_EQ(defaultCommand(), command::None) << "Enter with no row selected";
+    SetFocus(control(command::Friends));
+    EXPECT_EQ(defaultCommand(), command::Friends);
+    SetFocus(control(control::Details));
+    EXPECT_EQ(defaultCommand(), command::None);
+}
+
+class DialogKeysTest : public ::testing::Test {
+protected:
+    void SetUp() override { applyTheme(builtInSkins()[0]); }
+    test::TempFolder folder_;
+};
+
+TEST_F(DialogKeysTest, SignInEnterNeverStartsGoogleAndPressesTheFocusedButton) {
+    Settings settings;
+    settings.apiBaseUrl = "http://127.0.0.1:9";
+    int browserOpened = 0;
+    SignInHooks hooks;
+    hooks.paintHook = &themeHandleMessage;
+    hooks.trackButtonHover = &themeTrackButtonHover;
+    hooks.openBrowser = [&browserOpened](const std::wstring&) { ++browserOpened; };
+    SignInWindow window(GetModuleHandleW(nullptr), folder_.path(), settings, hooks);
+    ASSERT_TRUE(window.create(SW_SHOWNORMAL));
+    HWND hwnd = window.hwnd();
+    const auto pumpDialog = [hwnd](const std::function<bool()>& done, DWORD timeoutMs) {
+        const ULONGLONG end = GetTickCount64() + timeoutMs;
+        while (!done() && GetTickCount64() < end) {
+            MSG message{};
+            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                if (message.message != WM_QUIT && !IsDialogMessageW(hwnd, &message)) {
+                    TranslateMessage(&message);
+                    DispatchMessageW(&message);
+                }
+            }
+            Sleep(10);
+        }
+        return done();
+    };
+    // Enter on the window itself, and in the status line's reach: "Continue with Google" has
+    // the dialog manager's IDOK id, which must not make it the default.
+    SetFocus(hwnd);
+    pressKey(hwnd, VK_RETURN);
+    pumpDialog([] { return false; }, 200);
+    EXPECT_EQ(browserOpened, 0) << "Enter started a Google sign-in";
+    EXPECT_FALSE(window.isListening());
+
+    HWND skip = window.control(signin::Skip);
+    SetFocus(skip);
+    pressKey(skip, VK_RETURN);
+    EXPECT_TRUE(pumpDialog([&window] { return window.hwnd() == nullptr; }, 5000)) << "Enter on Skip";
+    EXPECT_EQ(window.result(), SignInResult::Skipped);
+    EXPECT_EQ(browserOpened, 0);
+}
+
+TEST_F(DialogKeysTest, EnterPressesTheFocusedBoxsButtonAndEscapeClosesTheFriendsWindow) {
+    Settings settings;
+    settings.apiBaseUrl = "http://127.0.0.1:9";
+    FriendsWindow* friends =
+        FriendsWindow::open(GetModuleHandleW(nullptr), nullptr, &settings, SocialLook{}, {}, SW_SHOWNORMAL);
+    ASSERT_NE(friends, nullptr);
+    HWND hwnd = friends->hwnd();
+    HWND idEdit = friends->control(social::kFriendIdEdit);
+    SetFocus(idEdit);
+    EXPECT_EQ(LOWORD(SendMessageW(hwnd, DM_GETDEFID, 0, 0)), social::kAddButton);
+    SetFocus(friends->control(social::kFriendsList));
+    EXPECT_EQ(LOWORD(SendMessageW(hwnd, DM_GETDEFID, 0, 0)), social::kChatSelectedButton);
+
+    SetFocus(idEdit);
+    pressKey(idEdit, VK_ESCAPE);
+    EXPECT_TRUE(pumpClientUntil(
+        nullptr, nullptr, [hwnd] { return !IsWindow(hwnd); }, 5000))
+        << "Escape left the friends window open";
+}
+
+} // namespace
+} // namespace corvandell::win
