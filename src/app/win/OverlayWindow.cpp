@@ -192,6 +192,10 @@ LRESULT OverlayWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
             return 0;
         }
         break;
+    case WM_GETDLGCODE:
+        // The client's message loop runs the dialog manager for its windows; the overlay
+        // draws its own buttons and takes Tab, Enter and Escape itself.
+        return DLGC_WANTALLKEYS;
     case WM_KEYDOWN:
         onKey(static_cast<UINT>(wParam));
         return 0;
