@@ -113,11 +113,11 @@ TEST(RowText, EachKindOfRowHasItsActionLabelStateAndColour) {
 TEST(RowText, TheTrackedGamesRowShowsItsTrackingStateAndOffersStop) {
     const LibraryItem row = steamRow(true);
     const std::vector<std::tuple<TrackedGame, std::string, std::string, std::string>> cases{
-        {{"steam:620", 1}, "Launching...", "Stop", "Launching..."},
-        {{"steam:620", 2}, "Running", "Stop", "Running"},
-        {{"steam:620", 3}, "Stopping...", "Stopping...", "Stopping..."},
-        {{"steam:620", 0}, "Steam", "Launch", "Installed (Steam)"},
-        {{"t1", 2}, "Steam", "Launch", "Installed (Steam)"},
+        {{"steam:620", 1, {}, 0}, "Launching...", "Stop", "Launching..."},
+        {{"steam:620", 2, {}, 0}, "Running", "Stop", "Running"},
+        {{"steam:620", 3, {}, 0}, "Stopping...", "Stopping...", "Stopping..."},
+        {{"steam:620", 0, {}, 0}, "Steam", "Launch", "Installed (Steam)"},
+        {{"t1", 2, {}, 0}, "Steam", "Launch", "Installed (Steam)"},
     };
     for (const auto& [tracked, state, label, detailsState] : cases) {
         EXPECT_EQ(stateText(row, tracked), state);
