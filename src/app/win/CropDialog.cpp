@@ -275,6 +275,16 @@ void CropDialog::paint(HDC dc) const {
     for (const RECT& edge : edges) {
         fill(dc, edge, skin.accent);
     }
+    // A light line inside the accent keeps the edge visible on pictures of the accent's hue.
+    const RECT inner[] = {
+        {square.x + line, square.y + line, squareRight - line, square.y + line + 1},
+        {square.x + line, squareBottom - line - 1, squareRight - line, squareBottom - line},
+        {square.x + line, square.y + line, square.x + line + 1, squareBottom - line},
+        {squareRight - line - 1, square.y + line, squareRight - line, squareBottom - line},
+    };
+    for (const RECT& edge : inner) {
+        fill(dc, edge, skin.accentText);
+    }
 }
 
 void CropDialog::onMouseDown(ViewPoint point) {
