@@ -338,6 +338,23 @@ TEST_F(OptionsDialogTest, ASkinPreviewShowsAtOnceAndCancelTakesItBack) {
     ASSERT_TRUE(waitUntilClosed(dialog));
     EXPECT_EQ(currentTheme().id, "slate");
     EXPECT_EQ(savedSettings().skinId, "slate");
+
+    // The user's own skin files are listed after the built-in ones, and Reload finds new ones.
+    dialog = pressOptions();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(SendDlgItemMessageW(dialog, kSkinList, LB_GETCOUNT, 0, 0), 3);
+    folder_.writeFile("data/skins/neon.json", R"({"id":"neon","name":"Neon Night","accent":"#ff3fa4"})");
+    press(dialog, kReloadSkins);
+    ASSERT_EQ(SendDlgItemMessageW(dialog, kSkinList, LB_GETCOUNT, 0, 0), 4);
+    wchar_t item[64] = {};
+    SendDlgItemMessageW(dialog, kSkinList, LB_GETTEXT, 3, reinterpret_cast<LPARAM>(item));
+    EXPECT_STREQ(item, L"Neon Night  (your skin file)");
+    EXPECT_EQ(SendDlgItemMessageW(dialog, kSkinList, LB_GETCURSEL, 0, 0), skinIndex("slate"));
+    choose(dialog, kSkinList, 3, LB_SETCURSEL, LBN_SELCHANGE);
+    EXPECT_EQ(currentTheme().accent, (Rgb{0xff, 0x3f, 0xa4}));
+    press(dialog, IDOK);
+    ASSERT_TRUE(waitUntilClosed(dialog));
+    EXPECT_EQ(savedSettings().skinId, "neon");
 }
 
 } // namespace
