@@ -492,6 +492,8 @@ void MainWindow::onCommand(int id, int notification) {
             SetForegroundWindow(open);
         } else if (id == command::Friends) {
             setChildWindow(ChildKind::Friends, openFriendsWindow(instance_, hwnd_, &settings_));
+        } else {
+            openOptions();
         }
         return;
     default:

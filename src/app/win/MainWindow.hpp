@@ -89,6 +89,8 @@ public:
     HWND childWindow(ChildKind kind) const noexcept;
     // Records a companion window the main window opened, until it reports its end.
     void setChildWindow(ChildKind kind, HWND window) noexcept;
+    // Writes settings.json through the guard it was loaded by: "" or what went wrong.
+    std::string saveSettingsFile();
     int balloonsShown() const noexcept { return balloonsShown_; }
     bool hasTrayIcon() const noexcept { return trayIcon_.isAdded(); }
     const Settings& settings() const noexcept { return settings_; }
@@ -150,6 +152,7 @@ private:
     void showFromTray();
     void showTrayMenu();
     void showRowMenu();
+    void openOptions();
     void setStatus(const std::wstring& text);
     void saveFiles() noexcept;
 

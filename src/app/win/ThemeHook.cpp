@@ -64,7 +64,10 @@ void drawButton(const DRAWITEMSTRUCT& item) noexcept {
                                                             : GetStockObject(DEFAULT_GUI_FONT));
     SetBkMode(item.hDC, TRANSPARENT);
     SetTextColor(item.hDC, toColorRef(text));
-    DrawTextW(item.hDC, caption, -1, &rect, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
+    // "&" marks the caption's accelerator, underlined unless the user has not asked for
+    // keyboard cues yet.
+    const UINT prefix = (item.itemState & ODS_NOACCEL) != 0 ? DT_HIDEPREFIX : 0;
+    DrawTextW(item.hDC, caption, -1, &rect, DT_CENTER | DT_VCENTER | DT_SINGLELINE | prefix);
 }
 
 bool isHeaderControl(HWND control) noexcept {

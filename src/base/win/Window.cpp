@@ -31,11 +31,12 @@ LRESULT CALLBACK Window::windowProcedure(HWND hwnd, UINT message, WPARAM wParam,
 }
 
 bool Window::createSelfDeleting(Window* window, DWORD extendedStyle, const wchar_t* className,
-                                const wchar_t* title, int width, int height, HWND owner, HINSTANCE instance) {
+                                const wchar_t* title, int width, int height, HWND owner, HINSTANCE instance,
+                                DWORD style) {
     bool isAttached = false;
     window->attachNotice_ = &isAttached;
-    if (CreateWindowExW(extendedStyle, className, title, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
-                        width, height, owner, nullptr, instance, window) == nullptr) {
+    if (CreateWindowExW(extendedStyle, className, title, style, CW_USEDEFAULT, CW_USEDEFAULT, width, height,
+                        owner, nullptr, instance, window) == nullptr) {
         if (!isAttached) {
             delete window;
         }

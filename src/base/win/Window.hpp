@@ -34,7 +34,7 @@ protected:
     // by WM_NCDESTROY when creation got as far as WM_NCCREATE, deleted here otherwise.
     static bool createSelfDeleting(Window* window, DWORD extendedStyle, const wchar_t* className,
                                    const wchar_t* title, int width, int height, HWND owner,
-                                   HINSTANCE instance);
+                                   HINSTANCE instance, DWORD style = WS_OVERLAPPEDWINDOW);
 
     HWND hwnd_ = nullptr;
 

@@ -1,0 +1,229 @@
+// The options dialog's field checks: what each accepts, the value it stores, and the
+// message for what it refuses; and creating the library folder on the real file system.
+#include "app/OptionsInput.hpp"
+
+#include "base/AsciiText.hpp"
+#include "base/Utf8Path.hpp"
+#include "support/TempFolder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace corvandell {
+namespace {
+
+struct NumberCase {
+    std::string text;
+    int value;         // when valid
+    std::string error; // "" when valid
+};
+
+TEST(OptionsInput, DownloadLimitIsAWholeNumberOfKbpsWithZeroOrNothingForNoLimit) {
+    const std::string notANumber = "The download limit must be a whole number of KB/s (0 for no limit).";
+    const std::string tooLarge = "The download limit can be at most 1000000 KB/s (0 for no limit).";
+    const std::vector<NumberCase> cases = {
+        {"", 0, ""},
+        {"   ", 0, ""},
+        {"0", 0, ""},
+        {"512", 512, ""},
+        {" 2048 ", 2048, ""},
+        {"000750", 750, ""},
+        {"1000000", 1000000, ""},
+        {"1000001", 0, tooLarge},
+        {"99999999999999999999999", 0, tooLarge},
+        {"-1", 0, notANumber},
+        {"+5", 0, notANumber},
+        {"1.5", 0, notANumber},
+        {"1,000", 0, notANumber},
+        {"fast", 0, notANumber},
+        {"12 34", 0, notANumber},
+        {"0x10", 0, notANumber},
+    };
+    for (const auto& [text, value, error] : cases) {
+        const CheckedInput<int> checked = checkDownloadLimit(text);
+        EXPECT_EQ(checked.error, error) << "'" << text << "'";
+        if (error.empty()) {
+            EXPECT_EQ(checked.value, value) << "'" << text << "'";
+        }
+    }
+}
+
+TEST(OptionsInput, VolumesArePercentagesFromZeroToTwoHundred) {
+    const std::string outOfRange = "The output volume must be a whole number from 0 to 200 (%).";
+    const std::vector<NumberCase> cases = {
+        {"0", 0, ""},          {"100", 100, ""},    {" 200", 200, ""},      {"201", 0, outOfRange},
+        {"-5", 0, outOfRange}, {"", 0, outOfRange}, {"50%", 0, outOfRange}, {"loud", 0, outOfRange},
+    };
+    for (const auto& [text, value, error] : cases) {
+        const CheckedInput<int> checked = checkVolume(text, "output");
+        EXPECT_EQ(checked.error, error) << "'" << text << "'";
+        if (error.empty()) {
+            EXPECT_EQ(checked.value, value) << "'" << text << "'";
+        }
+    }
+}
+
+std::string repeated(std::string_view text, int times) {
+    std::string out;
+    for (int i = 0; i < times; ++i) {
+        out += text;
+    }
+    return out;
+}
+
+struct TextCase {
+    std::string text;
+    std::string value; // the stored form, when valid
+    std::string error; // "" when valid
+};
+
+void expectTextCases(const std::vector<TextCase>& cases,
+                     CheckedInput<std::string> (*check)(std::string_view)) {
+    for (const auto& [text, value, error] : cases) {
+        const CheckedInput<std::string> checked = check(text);
+        EXPECT_EQ(checked.error, error) << "'" << text << "'";
+        if (error.empty()) {
+            EXPECT_EQ(checked.value, value) << "'" << text << "'";
+        }
+    }
+}
+
+TEST(OptionsInput, ServiceAddressIsHttpsHostAndPortOnlyWithHttpKeptForThisComputer) {
+    const std::string onlyOrigin = "The service address is only the scheme, host and port, such as "
+                                   "https://api.example.com (no path, query or user name).";
+    const std::string badHost = "The service address has no valid host name or port.";
+    const std::string plainHttp = "Use an https:// address: plain http is allowed only for this computer "
+                                  "(localhost), since every request carries your session.";
+    const std::string noScheme =
+        "The service address must start with https://, such as https://api.example.com.";
+    expectTextCases(
+        {
+            {"https://api.corvandell.example", "https://api.corvandell.example", ""},
+            {"  HTTPS://API.Example.COM/ ", "https://api.example.com", ""},
+            {"https://api.example.com:8443", "https://api.example.com:8443", ""},
+            {"http://127.0.0.1:41234", "http://127.0.0.1:41234", ""},
+            {"http://localhost:8080/", "http://localhost:8080", ""},
+            {"http://[::1]:9000", "http://[::1]:9000", ""},
+            {"https://[2001:db8::1]", "https://[2001:db8::1]", ""},
+            {"https://10.0.0.5", "https://10.0.0.5", ""},
+            {"", "", "Enter the service address, such as https://api.example.com."},
+            {"api.example.com", "", noScheme},
+            {"ftp://api.example.com", "", noScheme},
+            {"http://api.example.com", "", plainHttp},
+            {"http://127.0.0.2", "", plainHttp},
+            {"https://api.example.com/v1", "", onlyOrigin},
+            {"https://api.example.com?x=1", "", onlyOrigin},
+            {"https://api.example.com#top", "", onlyOrigin},
+            {"https://user@api.example.com", "", onlyOrigin},
+            {"https://api example.com", "", onlyOrigin},
+            {"https://", "", badHost},
+            {"https://:443", "", badHost},
+            {"https://api.example.com:", "", badHost},
+            {"https://api.example.com:0", "", badHost},
+            {"https://api.example.com:65536", "", badHost},
+            {"https://api.example.com:80a", "", badHost},
+            {"https://api..example.com", "", badHost},
+            {"https://-api.example.com", "", badHost},
+            {"https://api_example.com", "", badHost},
+            {"https://[::1", "", badHost},
+            {"https://[xyz]", "", badHost},
+        },
+        &checkServiceAddress);
+}
+
+TEST(OptionsInput, NicknameIsOneToThirtyTwoCharactersWithoutControlCharacters) {
+    const std::string tooLong = "A nickname can be at most 32 characters.";
+    const std::string control = "A nickname cannot contain control characters such as tabs or line breaks.";
+    expectTextCases(
+        {
+            {"Ada", "Ada", ""},
+            {"  Ada Lovelace  ", "Ada Lovelace", ""},
+            {std::string(32, 'x'), std::string(32, 'x'), ""},
+            // 32 characters of two bytes each are still 32 characters.
+            {repeated("\xC3\xA9", 32), repeated("\xC3\xA9", 32), ""},
+            {repeated("\xC3\xA9", 33), "", tooLong},
+            {std::string(33, 'x'), "", tooLong},
+            {"", "", "Enter a nickname."},
+            {" \t ", "", "Enter a nickname."},
+            {"Ada\tL", "", control},
+            {"Ada\nL", "", control},
+            {std::string("Ada\x7F"), "", control},
+        },
+        &checkNickname);
+}
+
+struct FolderCase {
+    std::string text;
+    std::string error; // "" when valid
+};
+
+TEST(OptionsInput, LibraryFolderTextIsAFullWindowsPathWithNamesWindowsAccepts) {
+    const std::string notFull = "The library folder must be a full path, such as C:\\Games.";
+    const std::string badCharacter =
+        "A folder name in the library path cannot contain any of < > : \" | ? * or control characters.";
+    const std::string badEnd = "A folder name in the library path cannot end with a space or a dot.";
+    const std::string dots = "The library path cannot contain \".\" or \"..\"; write the folder out in full.";
+    const std::string noShare =
+        "A network library folder needs a server and a share, such as \\\\server\\games.";
+    const std::vector<FolderCase> cases = {
+        {"C:\\Games", ""},
+        {"d:/Corvandell/Games/", ""},
+        {"  E:\\Spiele\\Bibliothek  ", ""},
+        {"\\\\nas\\games\\corvandell", ""},
+        {"C:\\", ""},
+        {"C:\\Games\\Con Games", ""},
+        {"C:\\Games\\console", ""},
+        {"", "Choose a library folder."},
+        {"Games", notFull},
+        {"\\Games", notFull},
+        {"C:Games", notFull},
+        {"/home/user/Games", notFull},
+        {"\\\\nas", noShare},
+        {"\\\\\\share", noShare},
+        {"C:\\Ga?mes", badCharacter},
+        {"C:\\Games\\a|b", badCharacter},
+        {"C:\\Games\\x:y", badCharacter},
+        {"C:\\Games\\\"quoted\"", badCharacter},
+        {"C:\\Games\\tab\there", badCharacter},
+        {"C:\\Games \\More", badEnd},
+        {"C:\\Games\\More.", badEnd},
+        {"C:\\Games\\..\\Other", dots},
+        {"C:\\.\\Games", dots},
+        {"C:\\Games\\CON", "\"CON\" is a name Windows keeps for a device; choose another folder name."},
+        {"C:\\Games\\nul.txt",
+         "\"nul.txt\" is a name Windows keeps for a device; choose another folder name."},
+        {"C:\\Games\\com1", "\"com1\" is a name Windows keeps for a device; choose another folder name."},
+        {"C:\\Games\\LPT9\\x", "\"LPT9\" is a name Windows keeps for a device; choose another folder name."},
+        {"C:\\Games\\com0", ""},
+    };
+    for (const auto& [text, error] : cases) {
+        const CheckedInput<std::filesystem::path> checked = checkLibraryFolderText(text);
+        EXPECT_EQ(checked.error, error) << "'" << text << "'";
+        if (error.empty()) {
+            EXPECT_EQ(pathToUtf8(checked.value), std::string(trimAsciiBlanks(text))) << text;
+        }
+    }
+}
+
+TEST(OptionsInput, CreatingTheLibraryFolderMakesItsParentsAndExplainsAFileInTheWay) {
+    const test::TempFolder temp;
+    const std::filesystem::path nested = temp.path() / "a" / "b" / "Games";
+    EXPECT_EQ(createLibraryFolder(nested), "");
+    EXPECT_TRUE(std::filesystem::is_directory(nested));
+    EXPECT_EQ(createLibraryFolder(nested), ""); // already there is fine
+
+    temp.writeFile("blocker", "a file, not a folder");
+    for (const std::filesystem::path& blocked :
+         {temp.path() / "blocker", temp.path() / "blocker" / "Games"}) {
+        const std::string error = createLibraryFolder(blocked);
+        const std::string start = "The library folder \"" + pathToUtf8(blocked) + "\" could not be created: ";
+        EXPECT_EQ(error.substr(0, start.size()), start) << error;
+        EXPECT_GT(error.size(), start.size() + 1) << "the reason is given";
+        EXPECT_TRUE(error.ends_with(".")) << error;
+    }
+}
+
+} // namespace
+} // namespace corvandell
