@@ -24,7 +24,7 @@ namespace corvandell::win {
 namespace options {
 namespace {
 
-constexpr std::array<ControlSpec, 7> kControls{{
+constexpr std::array<OptionsControl, 7> kControls{{
     {kSkinLabel, WC_STATICW, L"&Skin", kLabelStyle, kLabelX, 63, kLabelWidth, 18},
     {kSkinList, WC_LISTBOXW, L"", WS_TABSTOP | WS_BORDER | WS_VSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
      kFieldX, 60, kFieldWidth, 132},
@@ -38,7 +38,7 @@ constexpr std::array<ControlSpec, 7> kControls{{
 
 } // namespace
 
-std::span<const ControlSpec> appearanceControls() {
+std::span<const OptionsControl> appearanceControls() {
     return kControls;
 }
 

@@ -15,7 +15,7 @@ namespace corvandell::win {
 namespace options {
 namespace {
 
-constexpr std::array<ControlSpec, 6> kControls{{
+constexpr std::array<OptionsControl, 6> kControls{{
     {kServiceAddressLabel, WC_STATICW, L"&Service address", kLabelStyle, kLabelX, 63, kLabelWidth, 18},
     {kServiceAddress, WC_EDITW, L"", kEditStyle, kFieldX, 60, kFieldWidth, 24},
     {kServiceAddressHint, WC_STATICW,
@@ -29,7 +29,7 @@ constexpr std::array<ControlSpec, 6> kControls{{
 
 } // namespace
 
-std::span<const ControlSpec> connectionControls() {
+std::span<const OptionsControl> connectionControls() {
     return kControls;
 }
 

@@ -34,7 +34,7 @@ constexpr DWORD kDialogExStyle = WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT;
 constexpr UINT_PTR kTabStripSubclassId = 0xC0C0;
 
 // The frame's own controls, around the tabs' tables.
-constexpr std::array<ControlSpec, 5> kFrameControls{{
+constexpr std::array<OptionsControl, 5> kFrameControls{{
     {kTabStrip, WC_TABCONTROLW, L"", WS_TABSTOP | TCS_FOCUSONBUTTONDOWN | TCS_FIXEDWIDTH, 12, 10, 536, 28},
     {kMessageLine, WC_STATICW, L"", SS_LEFT | SS_NOPREFIX, 16, 392, 528, 34},
     {IDOK, WC_BUTTONW, L"OK", kButtonStyle, 296, 432, 80, 26},
@@ -42,7 +42,7 @@ constexpr std::array<ControlSpec, 5> kFrameControls{{
     {kApplyButton, WC_BUTTONW, L"&Apply", kButtonStyle, 468, 432, 80, 26},
 }};
 
-std::span<const ControlSpec> controlsOfTab(int tab) {
+std::span<const OptionsControl> controlsOfTab(int tab) {
     switch (static_cast<Tab>(tab)) {
     case Tab::Connection:
         return connectionControls();
@@ -317,12 +317,12 @@ void OptionsDialog::onActivate(bool isActive) {
 
 void OptionsDialog::createControls() {
     font_ = createUiFont(dpi_);
-    auto make = [this](const ControlSpec& spec, bool isVisible) {
-        HWND child = CreateWindowExW(0, spec.className, spec.text,
-                                     WS_CHILD | (isVisible ? WS_VISIBLE : 0) | spec.style, 0, 0, 0, 0, hwnd_,
-                                     idOf(spec.id), instance_, nullptr);
+    auto make = [this](const OptionsControl& entry, bool isVisible) {
+        HWND child = CreateWindowExW(0, entry.className, entry.text,
+                                     WS_CHILD | (isVisible ? WS_VISIBLE : 0) | entry.style, 0, 0, 0, 0, hwnd_,
+                                     idOf(entry.id), instance_, nullptr);
         SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font_.get()), FALSE);
-        if ((spec.style & BS_TYPEMASK) == BS_OWNERDRAW && lstrcmpW(spec.className, WC_BUTTONW) == 0) {
+        if ((entry.style & BS_TYPEMASK) == BS_OWNERDRAW && lstrcmpW(entry.className, WC_BUTTONW) == 0) {
             themeTrackButtonHover(child);
         }
         return child;
@@ -337,8 +337,8 @@ void OptionsDialog::createControls() {
     }
     SetWindowSubclass(strip, &tabStripSubclass, kTabStripSubclassId, 0);
     for (int tab = 0; tab < kTabCount; ++tab) {
-        for (const ControlSpec& spec : controlsOfTab(tab)) {
-            tabControls_[tab].push_back(make(spec, false));
+        for (const OptionsControl& entry : controlsOfTab(tab)) {
+            tabControls_[tab].push_back(make(entry, false));
         }
     }
     for (size_t i = 1; i < kFrameControls.size(); ++i) {
@@ -352,16 +352,16 @@ void OptionsDialog::createControls() {
 }
 
 void OptionsDialog::layout() {
-    auto place = [this](const ControlSpec& spec) {
-        MoveWindow(control(spec.id), scaledForDpi(spec.x, dpi_), scaledForDpi(spec.y, dpi_),
-                   scaledForDpi(spec.width, dpi_), scaledForDpi(spec.height, dpi_), TRUE);
+    auto place = [this](const OptionsControl& entry) {
+        MoveWindow(control(entry.id), scaledForDpi(entry.x, dpi_), scaledForDpi(entry.y, dpi_),
+                   scaledForDpi(entry.width, dpi_), scaledForDpi(entry.height, dpi_), TRUE);
     };
-    for (const ControlSpec& spec : kFrameControls) {
-        place(spec);
+    for (const OptionsControl& entry : kFrameControls) {
+        place(entry);
     }
     for (int tab = 0; tab < kTabCount; ++tab) {
-        for (const ControlSpec& spec : controlsOfTab(tab)) {
-            place(spec);
+        for (const OptionsControl& entry : controlsOfTab(tab)) {
+            place(entry);
         }
     }
     HWND strip = control(kTabStrip);

@@ -16,7 +16,7 @@ namespace corvandell::win {
 namespace options {
 namespace {
 
-constexpr std::array<ControlSpec, 7> kControls{{
+constexpr std::array<OptionsControl, 7> kControls{{
     {kLibraryFolderLabel, WC_STATICW, L"&Library folder", kLabelStyle, kLabelX, 63, kLabelWidth, 18},
     {kLibraryFolder, WC_EDITW, L"", kEditStyle, kFieldX, 60, kFieldWidth - 96, 24},
     {kBrowseFolder, WC_BUTTONW, L"&Browse...", kButtonStyle, kFieldX + kFieldWidth - 90, 59, 90, 26},
@@ -31,7 +31,7 @@ constexpr std::array<ControlSpec, 7> kControls{{
 
 } // namespace
 
-std::span<const ControlSpec> downloadsControls() {
+std::span<const OptionsControl> downloadsControls() {
     return kControls;
 }
 

@@ -12,7 +12,7 @@
 
 namespace corvandell::win::options {
 
-struct ControlSpec {
+struct OptionsControl {
     int id;
     const wchar_t* className;
     const wchar_t* text;
@@ -32,11 +32,11 @@ inline constexpr int kLabelWidth = 168;
 inline constexpr int kFieldX = 200;
 inline constexpr int kFieldWidth = 336;
 
-std::span<const ControlSpec> connectionControls();
-std::span<const ControlSpec> downloadsControls();
-std::span<const ControlSpec> voiceControls();
-std::span<const ControlSpec> appearanceControls();
-std::span<const ControlSpec> profileControls();
+std::span<const OptionsControl> connectionControls();
+std::span<const OptionsControl> downloadsControls();
+std::span<const OptionsControl> voiceControls();
+std::span<const OptionsControl> appearanceControls();
+std::span<const OptionsControl> profileControls();
 
 inline constexpr DWORD kLabelStyle = SS_LEFT; // labels carry the & accelerators of their fields
 inline constexpr DWORD kHintStyle = SS_LEFT | SS_NOPREFIX;

@@ -29,7 +29,7 @@ namespace corvandell::win {
 namespace options {
 namespace {
 
-constexpr std::array<ControlSpec, 11> kControls{{
+constexpr std::array<OptionsControl, 11> kControls{{
     {kNicknameLabel, WC_STATICW, L"&Nickname", kLabelStyle, kLabelX, 63, kLabelWidth, 18},
     {kNickname, WC_EDITW, L"", kEditStyle, kFieldX, 60, kFieldWidth, 24},
     {kPictureLabel, WC_STATICW, L"Profile picture", kLabelStyle, kLabelX, 100, kLabelWidth, 18},
@@ -50,7 +50,7 @@ constexpr std::array<ControlSpec, 11> kControls{{
 
 } // namespace
 
-std::span<const ControlSpec> profileControls() {
+std::span<const OptionsControl> profileControls() {
     return kControls;
 }
 

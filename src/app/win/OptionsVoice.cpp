@@ -29,7 +29,7 @@ constexpr DWORD kDeviceListStyle = WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST;
 constexpr DWORD kSpinStyle = UDS_SETBUDDYINT | UDS_ALIGNRIGHT | UDS_ARROWKEYS | UDS_NOTHOUSANDS;
 constexpr DWORD kCheckStyle = WS_TABSTOP | BS_AUTOCHECKBOX;
 
-constexpr std::array<ControlSpec, 15> kControls{{
+constexpr std::array<OptionsControl, 15> kControls{{
     {kVoiceEnabled, WC_BUTTONW, L"&Enable voice chat", kCheckStyle, kLabelX, 58, 512, 22},
     {kMuteByDefault, WC_BUTTONW, L"&Mute my microphone when I join a voice room", kCheckStyle, kLabelX, 84,
      512, 22},
@@ -85,7 +85,7 @@ std::string chosenDevice(HWND list, const std::vector<std::string>& names) {
 
 } // namespace
 
-std::span<const ControlSpec> voiceControls() {
+std::span<const OptionsControl> voiceControls() {
     return kControls;
 }
 
