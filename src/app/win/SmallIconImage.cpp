@@ -2,18 +2,9 @@
 // (PNG above all, which is what most sites serve) decoded and scaled with GDI+.
 #include <windows.h>
 
-#include <objidl.h>
 #include <shlwapi.h>
 
-#include <algorithm>
-
-// GDI+'s headers use min and max unqualified, which NOMINMAX takes away.
-namespace Gdiplus {
-using std::max;
-using std::min;
-} // namespace Gdiplus
-#include <gdiplus.h>
-
+#include "app/win/GdiplusSession.hpp"
 #include "app/win/RowIcons.hpp"
 #include "base/BoundedFileRead.hpp"
 
@@ -24,26 +15,6 @@ namespace {
 
 constexpr int kSide = 16;
 constexpr std::size_t kMaxImageBytes = 256 * 1024;
-
-class GdiplusSession {
-public:
-    GdiplusSession() noexcept {
-        const Gdiplus::GdiplusStartupInput input;
-        isStarted_ = Gdiplus::GdiplusStartup(&token_, &input, nullptr) == Gdiplus::Ok;
-    }
-    ~GdiplusSession() {
-        if (isStarted_) {
-            Gdiplus::GdiplusShutdown(token_);
-        }
-    }
-    GdiplusSession(const GdiplusSession&) = delete;
-    GdiplusSession& operator=(const GdiplusSession&) = delete;
-    bool isStarted() const noexcept { return isStarted_; }
-
-private:
-    ULONG_PTR token_ = 0;
-    bool isStarted_ = false;
-};
 
 struct StreamRelease {
     void operator()(IStream* stream) const noexcept { stream->Release(); }

@@ -13,7 +13,9 @@ std::uint64_t ticksOf(const FILETIME& time) {
     return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
 }
 
-std::wstring imageOf(HANDLE process) {
+} // namespace
+
+std::wstring processImagePath(HANDLE process) {
     std::wstring image(32768, L'\0');
     DWORD length = static_cast<DWORD>(image.size());
     if (!QueryFullProcessImageNameW(process, 0, image.data(), &length)) {
@@ -22,8 +24,6 @@ std::wstring imageOf(HANDLE process) {
     image.resize(length);
     return image;
 }
-
-} // namespace
 
 std::uint64_t processCreationTime(HANDLE process) noexcept {
     FILETIME created{};
@@ -63,7 +63,7 @@ std::optional<FoundProcess> findProcessUnder(const std::wstring& folder, std::ui
         if (created < createdAfter || (best && created >= best->created)) {
             continue;
         }
-        std::wstring image = imageOf(process.get());
+        std::wstring image = processImagePath(process.get());
         if (!isImageUnderFolder(image, folder)) {
             continue;
         }

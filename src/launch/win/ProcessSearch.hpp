@@ -24,6 +24,8 @@ struct FoundProcess {
 
 // The creation time of a process (FILETIME ticks), 0 when it cannot be read.
 std::uint64_t processCreationTime(HANDLE process) noexcept;
+// The full path of the process's program; empty when it cannot be read.
+std::wstring processImagePath(HANDLE process);
 // Now, in the same ticks.
 std::uint64_t currentFileTime() noexcept;
 

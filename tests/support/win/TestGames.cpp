@@ -4,6 +4,7 @@
 
 #include "base/win/UniqueHandle.hpp"
 #include "launch/ProcessImage.hpp"
+#include "launch/win/ProcessSearch.hpp"
 #include "support/win/ChildProcess.hpp"
 
 #include <fstream>
@@ -20,16 +21,6 @@ std::filesystem::path placeProgram(const wchar_t* program, const std::filesystem
                                std::filesystem::copy_options::overwrite_existing);
     std::ofstream(std::filesystem::path(target).replace_extension(L".options"), std::ios::binary) << options;
     return target;
-}
-
-std::wstring imageOf(HANDLE process) {
-    std::wstring image(32768, L'\0');
-    DWORD length = static_cast<DWORD>(image.size());
-    if (!QueryFullProcessImageNameW(process, 0, image.data(), &length)) {
-        return {};
-    }
-    image.resize(length);
-    return image;
 }
 
 } // namespace
@@ -54,7 +45,7 @@ std::vector<DWORD> processesUnder(const std::filesystem::path& folder) {
         const win::UniqueKernelHandle process(
             OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, entry.th32ProcessID));
         if (process && WaitForSingleObject(process.get(), 0) == WAIT_TIMEOUT &&
-            isImageUnderFolder(imageOf(process.get()), folder.wstring())) {
+            isImageUnderFolder(win::processImagePath(process.get()), folder.wstring())) {
             found.push_back(entry.th32ProcessID);
         }
     }
