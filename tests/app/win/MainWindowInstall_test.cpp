@@ -4,6 +4,7 @@
 // installed with Launch as its action; failures leave library.json untouched.
 #include <windows.h>
 
+#include "api/JsonText.hpp"
 #include "app/LibraryCache.hpp"
 #include "app/LibraryMerge.hpp"
 #include "app/win/MainWindow.hpp"
@@ -12,8 +13,10 @@
 #include "launch/InstalledBuild.hpp"
 #include "support/ScriptedService.hpp"
 #include "support/TempFolder.hpp"
+#include "support/win/ChildProcess.hpp"
 #include "support/win/MessagePump.hpp"
 #include "support/win/ServiceStandIn.hpp"
+#include "support/win/TestGames.hpp"
 
 #include <gtest/gtest.h>
 
@@ -82,6 +85,7 @@ protected:
     void open(MainWindowJobs jobs = {}, int downloadLimitKbps = 0) {
         Settings settings = defaultSettings(paths_.defaultLibraryFolder);
         settings.downloadLimitKbps = downloadLimitKbps;
+        settings.overlayHintShown = true; // no hint box to stand between Launch and the game
         const Settings signedIn = signedInSettings("demo");
         settings.apiBaseUrl = signedIn.apiBaseUrl;
         settings.bearerToken = signedIn.bearerToken;
@@ -187,6 +191,61 @@ TEST_F(MainWindowInstallTest, InstallsASeededTitleAndTheRefreshShowsItInstalledW
         select(c.name);
         EXPECT_EQ(actionLabel(), L"Launch");
     }
+}
+
+// Installed through the client, launched from its row, followed to its end, and its session
+// opened and closed with the service.
+TEST_F(MainWindowInstallTest, AnInstalledBuildLaunchesFromItsRowAndItsSessionIsReported) {
+    struct EndGames {
+        fs::path folder;
+        ~EndGames() { test::endProcessesUnder(folder); }
+    } endGames{folder_.path()};
+    open();
+    const std::string program = test::readTestFile(test::siblingExecutable(L"corvandell-test-game.exe"));
+    ASSERT_FALSE(program.empty());
+    scriptNextReply(std::string("/api/v1/software/") + kEmberKeep + "/download", 200,
+                    "{\"items\":[{\"assetId\":\"bin/Ember.exe\",\"type\":\"data\",\"signedUrl\":\"" +
+                        escapeBodyString(serviceBaseUrl() + "/files/ember") + "\"}]}");
+    scriptFileReply("/files/ember", program, FileTransfer::WithLength);
+    select("Ember Keep");
+    pressAction();
+    ASSERT_TRUE(test::pumpUntil([&] { return row("Ember Keep").isInstalled(); }, 30'000))
+        << narrow(joined(status_->texts()));
+    ASSERT_TRUE(
+        test::pumpUntil([&] { return window_->statusText().starts_with(L"Library refreshed."); }, 30'000));
+    const fs::path executable = paths_.defaultLibraryFolder / "Ember Keep" / "bin" / "Ember.exe.bin";
+    EXPECT_EQ(row("Ember Keep").install->executablePath, pathToUtf8(executable));
+
+    const std::size_t callsBefore = receivedRequests().size();
+    select("Ember Keep");
+    pressAction();
+    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 2; }, 20'000))
+        << narrow(window_->statusText());
+    EXPECT_EQ(window_->statusText(), L"Ember Keep is running. Shift+Tab opens the Corvandell overlay.");
+    ASSERT_EQ(test::processesUnder(paths_.defaultLibraryFolder).size(), 1u);
+    select("Ember Keep");
+    EXPECT_EQ(actionLabel(), L"Stop");
+    pressAction();
+    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 0; }, 20'000))
+        << narrow(window_->statusText());
+    EXPECT_TRUE(test::processesUnder(paths_.defaultLibraryFolder).empty());
+
+    std::vector<std::string> sessionCalls;
+    ASSERT_TRUE(test::pumpUntil(
+        [&] {
+            const std::vector<std::string> calls = receivedRequests();
+            sessionCalls.clear();
+            for (std::size_t i = callsBefore; i < calls.size(); ++i) {
+                if (calls[i].find("/launch") != std::string::npos) {
+                    sessionCalls.push_back(calls[i]);
+                }
+            }
+            return sessionCalls.size() == 2;
+        },
+        20'000));
+    EXPECT_EQ(sessionCalls[0], std::string("POST /api/v1/software/") + kEmberKeep + "/launch");
+    EXPECT_TRUE(sessionCalls[1].starts_with("POST /api/v1/activity/launches/")) << sessionCalls[1];
+    EXPECT_TRUE(sessionCalls[1].ends_with("/end")) << sessionCalls[1];
 }
 
 TEST_F(MainWindowInstallTest, FailedInstallsSayWhyAndLeaveLibraryJsonAlone) {
