@@ -30,6 +30,7 @@
 #include "launch/win/GameStart.hpp"
 #include "launch/win/GameWatcher.hpp"
 #include "stores/win/StoreWatcher.hpp"
+#include "webgames/RepositoryHost.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -52,6 +53,8 @@ struct MainWindowJobs {
     std::function<std::function<LibraryResult()>(const std::string& query)> makeRefresh;
     // The service client of every job; empty: the WinHTTP client over the window's settings.
     std::shared_ptr<IApiClient> api;
+    // Where browser games are cloned from and hosted; tests put a loopback server here.
+    RepositoryHost repositoryHost;
 };
 
 class MainWindow final : public Window {

@@ -1,0 +1,18 @@
+// Where shared browser games come from: the repository host clones are made from, and the
+// domain its hosted pages sites live under. Both are fixed when the client is built; tests
+// put a loopback server in their place.
+#pragma once
+
+#include <string>
+
+namespace corvandell {
+
+struct RepositoryHost {
+    std::string url = CORVANDELL_GIT_HOST_URL;         // scheme and domain, no trailing "/"
+    std::string pagesDomain = CORVANDELL_PAGES_DOMAIN; // "github.io": sites are owner.github.io
+
+    // The url without its scheme, as addresses are compared against it: "github.com".
+    std::string domain() const;
+};
+
+} // namespace corvandell
