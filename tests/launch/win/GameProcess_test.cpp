@@ -1,10 +1,10 @@
-// Starting games and stopping them, with the stand-in game as the real process under Wine.
+// Starting games, with the stand-in game as the real process under Wine. Stopping them is
+// checked through the main window, which stops games in and out of a job (MainWindowLaunch_test).
 #include <windows.h>
 
 #include "base/win/UniqueHandle.hpp"
 #include "base/win/WideText.hpp"
 #include "launch/win/GameStart.hpp"
-#include "launch/win/GameStopper.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/TestGames.hpp"
 
@@ -90,41 +90,6 @@ TEST(GameStart, NothingStartedLeavesNoJobBehind) {
     const StartedGame browser = startInJob(L"\"" + missing + L"\"", {});
     EXPECT_FALSE(browser);
     EXPECT_FALSE(browser.job || browser.port);
-}
-
-TEST(GameStopper, AGameOutsideAJobGetsFourSecondsToCloseBeforeItIsTerminated) {
-    test::TempFolder folder;
-    const struct {
-        const char* options;
-        bool isPolite;
-    } cases[] = {{"", true}, {"--ignore-close", false}};
-    int round = 0;
-    for (const auto& [options, isPolite] : cases) {
-        const fs::path executable =
-            test::placeTestGame(folder.path() / ("game" + std::to_string(++round)), L"Game.exe", options);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof(startup);
-        PROCESS_INFORMATION created{};
-        std::wstring commandLine = L"\"" + executable.wstring() + L"\"";
-        ASSERT_TRUE(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                   &startup, &created));
-        const UniqueKernelHandle process(created.hProcess);
-        CloseHandle(created.hThread);
-        ASSERT_TRUE(waitForWindowOf(created.dwProcessId));
-        HANDLE copy = nullptr;
-        ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), process.get(), GetCurrentProcess(), &copy, 0, FALSE,
-                                    DUPLICATE_SAME_ACCESS));
-        const ULONGLONG stopped = GetTickCount64();
-        stopProcessLater(UniqueKernelHandle(copy), created.dwProcessId);
-        ASSERT_EQ(WaitForSingleObject(process.get(), 15000), WAIT_OBJECT_0) << options;
-        const ULONGLONG tookMs = GetTickCount64() - stopped;
-        if (isPolite) {
-            EXPECT_LT(tookMs, 3000u) << "a game that closes was forced";
-        } else {
-            EXPECT_GE(tookMs, 3500u) << "a stubborn game was not given its time";
-            EXPECT_LT(tookMs, 9000u);
-        }
-    }
 }
 
 } // namespace

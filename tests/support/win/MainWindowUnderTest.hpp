@@ -1,0 +1,149 @@
+// A main window in this process, in a data folder of the test's own. The test sets its
+// settings and jobs, then opens it and drives it as a user would: select a row, press the
+// action button, read the status line.
+#pragma once
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "app/SettingsFile.hpp"
+#include "app/Skins.hpp"
+#include "app/win/MainWindow.hpp"
+#include "base/win/WideText.hpp"
+#include "support/TempFolder.hpp"
+#include "support/win/MessagePump.hpp"
+#include "support/win/ServiceStandIn.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace corvandell::test {
+
+// Every text the status line is given, in order, however quickly the next one followed.
+class StatusRecorder {
+public:
+    explicit StatusRecorder(HWND status) : status_(status) {
+        SetPropW(status_, kProp, this);
+        previous_ = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(status_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&StatusRecorder::procedure)));
+    }
+    ~StatusRecorder() {
+        if (IsWindow(status_)) {
+            SetWindowLongPtrW(status_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous_));
+            RemovePropW(status_, kProp);
+        }
+    }
+    StatusRecorder(const StatusRecorder&) = delete;
+    StatusRecorder& operator=(const StatusRecorder&) = delete;
+
+    std::vector<std::wstring> texts;
+
+private:
+    static constexpr wchar_t kProp[] = L"CorvandellTestStatusRecorder";
+    static LRESULT CALLBACK procedure(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
+        auto* self = static_cast<StatusRecorder*>(GetPropW(hwnd, kProp));
+        if (message == WM_SETTEXT && lParam != 0) {
+            self->texts.emplace_back(reinterpret_cast<const wchar_t*>(lParam));
+        }
+        return CallWindowProcW(self->previous_, hwnd, message, wParam, lParam);
+    }
+
+    HWND status_;
+    WNDPROC previous_ = nullptr;
+};
+
+class MainWindowUnderTest {
+public:
+    MainWindowUnderTest() { applyTheme(builtInSkins()[0]); }
+
+    // A fresh session of `username` with the service stand-in, in place of no session at all.
+    void signIn(const std::string& username) {
+        const Settings session = win::signedInSettings(username);
+        settings.apiBaseUrl = session.apiBaseUrl;
+        settings.bearerToken = session.bearerToken;
+        settings.refreshToken = session.refreshToken;
+        settings.username = session.username;
+    }
+
+    // Refresh jobs that answer `result` whatever the search.
+    void answerRefreshes(LibraryResult result) {
+        jobs.makeRefresh = [result](const std::string&) { return [result] { return result; }; };
+    }
+
+    bool open(int showCommand = SW_HIDE) {
+        std::filesystem::create_directories(paths.dataFolder);
+        window = std::make_unique<win::MainWindow>(GetModuleHandleW(nullptr), paths, settings,
+                                                   settingsFileIn(paths.dataFolder), std::move(jobs));
+        if (!window->create(showCommand)) {
+            return false;
+        }
+        status = std::make_unique<StatusRecorder>(window->control(win::control::Status));
+        return true;
+    }
+
+    win::MainWindow* operator->() const { return window.get(); }
+
+    bool waitForStatus(const std::wstring& startingWith, DWORD timeoutMs = 30'000) const {
+        return pumpUntil([&] { return window->statusText().starts_with(startingWith); }, timeoutMs);
+    }
+    // Whether the status line was given a text starting so since it was opened (or cleared).
+    bool sawStatus(const std::wstring& startingWith) const {
+        return std::any_of(status->texts.begin(), status->texts.end(),
+                           [&](const std::wstring& text) { return text.starts_with(startingWith); });
+    }
+    bool waitForSawStatus(const std::wstring& startingWith, DWORD timeoutMs = 30'000) const {
+        return pumpUntil([&] { return sawStatus(startingWith); }, timeoutMs);
+    }
+    // The texts seen, for a failure's message.
+    std::string statusTexts() const {
+        std::wstring all;
+        for (const std::wstring& text : status->texts) {
+            all += L"[" + text + L"] ";
+        }
+        return win::narrow(all);
+    }
+
+    // The row with this key or name; -1 when there is none.
+    int rowOf(const std::string& keyOrName) const {
+        const auto& rows = window->rows();
+        const auto found = std::find_if(rows.begin(), rows.end(), [&](const LibraryItem& row) {
+            return row.key == keyOrName || row.name == keyOrName;
+        });
+        return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
+    }
+    const LibraryItem& row(const std::string& keyOrName) const {
+        return window->rows().at(static_cast<size_t>(rowOf(keyOrName)));
+    }
+    bool select(const std::string& keyOrName) const {
+        const int index = rowOf(keyOrName);
+        ListView_SetItemState(window->control(win::command::List), index, LVIS_SELECTED | LVIS_FOCUSED,
+                              LVIS_SELECTED | LVIS_FOCUSED);
+        return index >= 0;
+    }
+    // The action button (Install, Launch, Stop...), as a click sends it.
+    void pressAction() const {
+        SendMessageW(window->hwnd(), WM_COMMAND, MAKEWPARAM(win::command::Launch, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(window->control(win::command::Launch)));
+    }
+    std::wstring actionLabel() const { return win::hwndText(window->control(win::command::Launch)); }
+
+    TempFolder folder;
+    DataPaths paths{folder.path() / "data", folder.path() / "games"};
+    Settings settings = defaultSettings(paths.defaultLibraryFolder);
+    win::MainWindowJobs jobs;
+    std::unique_ptr<StatusRecorder> status; // outlives the window it watches
+    std::unique_ptr<win::MainWindow> window;
+};
+
+// The requests the stand-in received after the first `before` of them.
+inline std::vector<std::string> requestsSince(size_t before) {
+    std::vector<std::string> calls = win::receivedRequests();
+    calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(std::min(before, calls.size())));
+    return calls;
+}
+
+} // namespace corvandell::test
