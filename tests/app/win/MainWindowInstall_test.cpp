@@ -1,29 +1,24 @@
-// The main window's install action: what it says for rows the client does not install,
-// and for a service title the whole way against the stand-in: "Preparing download...", the
-// progress in the status line, library.json written, and after the refresh the row shown
-// installed with Launch as its action; failures leave library.json untouched.
+// Installing service titles through the main window, the whole way against the stand-in:
+// real grants and signed links for the seeded titles (one sent with a Content-Length, one
+// chunked), scripted grants and files for what the seed never does (hostile names, downloads
+// that break off, a paced download, a build with a real program in it), the status line,
+// library.json and the refresh after it.
 #include <windows.h>
 
 #include "api/JsonText.hpp"
 #include "app/LibraryCache.hpp"
 #include "app/LibraryMerge.hpp"
-#include "app/win/MainWindow.hpp"
 #include "base/Utf8Path.hpp"
-#include "base/win/WideText.hpp"
+#include "launch/DownloadRateCap.hpp"
 #include "launch/InstalledBuild.hpp"
 #include "support/ScriptedService.hpp"
-#include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
-#include "support/win/MessagePump.hpp"
-#include "support/win/ServiceStandIn.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 #include "support/win/TestGames.hpp"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
+#include <utility>
 
 namespace corvandell::win {
 namespace {
@@ -32,214 +27,190 @@ namespace fs = std::filesystem;
 
 constexpr char kEmberKeep[] = "2860dc9d-ab01-5354-8304-4c562bcb86fb";
 constexpr char kStarfallCourier[] = "6002ee77-26af-5cc2-bf16-cd2cf996effb";
+const std::string kEmberDownload = std::string("/api/v1/software/") + kEmberKeep + "/download";
 
-// Every text the status line is given, as the user would have seen it, however quickly
-// the next one followed.
-class StatusRecorder {
-public:
-    explicit StatusRecorder(HWND status) : status_(status) {
-        SetPropW(status_, kProp, this);
-        previous_ = reinterpret_cast<WNDPROC>(
-            SetWindowLongPtrW(status_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&StatusRecorder::procedure)));
+std::string fileUrl(const std::string& name) {
+    return serviceBaseUrl() + "/files/" + name;
+}
+
+// A grant of these files: asset name and signed link.
+std::string grantOf(const std::vector<std::pair<std::string, std::string>>& assets) {
+    std::string items;
+    for (const auto& [name, url] : assets) {
+        items += (items.empty() ? "" : ",") +
+                 ("{\"assetId\":\"" + escapeBodyString(name) + "\",\"type\":\"data\",\"signedUrl\":\"" +
+                  escapeBodyString(url) + "\"}");
     }
-    ~StatusRecorder() {
-        if (IsWindow(status_)) {
-            SetWindowLongPtrW(status_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous_));
-            RemovePropW(status_, kProp);
+    return "{\"items\":[" + items + "]}";
+}
+
+// Every regular file under `folder`, relative and with '/' separators, sorted.
+std::vector<std::string> filesUnder(const fs::path& folder) {
+    std::vector<std::string> files;
+    std::error_code error;
+    for (auto it = fs::recursive_directory_iterator(folder, error);
+         !error && it != fs::recursive_directory_iterator(); it.increment(error)) {
+        if (it->is_regular_file()) {
+            files.push_back(pathToUtf8(fs::relative(it->path(), folder).generic_wstring()));
         }
     }
-    StatusRecorder(const StatusRecorder&) = delete;
-    StatusRecorder& operator=(const StatusRecorder&) = delete;
-
-    const std::vector<std::wstring>& texts() const { return texts_; }
-    bool saw(const std::wstring& text) const {
-        return std::find(texts_.begin(), texts_.end(), text) != texts_.end();
-    }
-    void clear() { texts_.clear(); }
-
-private:
-    static constexpr wchar_t kProp[] = L"CorvandellTestStatusRecorder";
-    static LRESULT CALLBACK procedure(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
-        auto* self = static_cast<StatusRecorder*>(GetPropW(hwnd, kProp));
-        if (message == WM_SETTEXT && lParam != 0) {
-            self->texts_.emplace_back(reinterpret_cast<const wchar_t*>(lParam));
-        }
-        return CallWindowProcW(self->previous_, hwnd, message, wParam, lParam);
-    }
-
-    HWND status_;
-    WNDPROC previous_ = nullptr;
-    std::vector<std::wstring> texts_;
-};
-
-std::wstring joined(const std::vector<std::wstring>& texts) {
-    std::wstring all;
-    for (const std::wstring& text : texts) {
-        all += L"[" + text + L"] ";
-    }
-    return all;
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 class MainWindowInstallTest : public ::testing::Test {
 protected:
-    void open(MainWindowJobs jobs = {}, int downloadLimitKbps = 0) {
-        Settings settings = defaultSettings(paths_.defaultLibraryFolder);
-        settings.downloadLimitKbps = downloadLimitKbps;
-        settings.overlayHintShown = true; // no hint box to stand between Launch and the game
-        const Settings signedIn = signedInSettings("demo");
-        settings.apiBaseUrl = signedIn.apiBaseUrl;
-        settings.bearerToken = signedIn.bearerToken;
-        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths_, settings,
-                                               settingsFileIn(paths_.dataFolder), std::move(jobs));
-        ASSERT_TRUE(window_->create(SW_HIDE));
-        ASSERT_TRUE(test::pumpUntil(
-            [this] { return window_->statusText().starts_with(L"Library refreshed."); }, 30'000))
-            << narrow(window_->statusText());
-        status_ = std::make_unique<StatusRecorder>(window_->control(control::Status));
+    void open(int downloadLimitKbps = 0) {
+        w_.signIn("demo");
+        w_.settings.downloadLimitKbps = downloadLimitKbps;
+        w_.settings.overlayHintShown = true; // no hint box to stand between Launch and the game
+        ASSERT_TRUE(w_.open());
+        ASSERT_TRUE(w_.waitForStatus(L"Library refreshed.")) << narrow(w_->statusText());
+        w_.status->texts.clear();
     }
+    // Selects the row and presses its action button.
+    void press(const std::string& name) {
+        ASSERT_TRUE(w_.select(name)) << name;
+        w_.pressAction();
+    }
+    bool waitForInstalled(const std::string& name) {
+        return test::pumpUntil([&] { return w_.row(name).isInstalled(); }, 30'000);
+    }
+    fs::path games() const { return w_.paths.defaultLibraryFolder; }
 
-    int rowNamed(const std::string& name) const {
-        const auto& rows = window_->rows();
-        const auto found =
-            std::find_if(rows.begin(), rows.end(), [&](const LibraryItem& row) { return row.name == name; });
-        return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
-    }
-    const LibraryItem& row(const std::string& name) const {
-        return window_->rows().at(static_cast<size_t>(rowNamed(name)));
-    }
-    void select(const std::string& name) {
-        const int index = rowNamed(name);
-        ASSERT_GE(index, 0) << name;
-        HWND list = window_->control(command::List);
-        ListView_SetItemState(list, index, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
-    }
-    // The action button, as a click sends it.
-    void pressAction() {
-        SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Launch, BN_CLICKED),
-                     reinterpret_cast<LPARAM>(window_->control(command::Launch)));
-    }
-    std::wstring actionLabel() const { return hwndText(window_->control(command::Launch)); }
-    bool waitForStatus(const std::wstring& prefix, DWORD timeoutMs = 30'000) {
-        return test::pumpUntil(
-            [&] {
-                return std::any_of(status_->texts().begin(), status_->texts().end(),
-                                   [&](const std::wstring& text) { return text.starts_with(prefix); });
-            },
-            timeoutMs);
-    }
-    fs::path libraryFile() const { return paths_.dataFolder / "library.json"; }
-
-    test::TempFolder folder_;
-    const DataPaths paths_{folder_.path() / "data", folder_.path() / "games"};
-    std::unique_ptr<MainWindow> window_;
-    std::unique_ptr<StatusRecorder> status_;
+    test::MainWindowUnderTest w_;
 };
 
-TEST_F(MainWindowInstallTest, InstallsASeededTitleAndTheRefreshShowsItInstalledWithLaunch) {
+TEST_F(MainWindowInstallTest, InstallsSeededBuildsWithAndWithoutALengthAndTheRefreshShowsThemInstalled) {
     open();
     struct Case {
         const char* name;
         const char* titleId;
-        const wchar_t* lastProgress; // with a Content-Length the percent climbs; without it stays 0
+        std::vector<std::string> files;
+        bool isLengthSent;
+        const char* version;
     };
     const Case cases[] = {
-        {"Ember Keep", kEmberKeep, L"Downloading 100%"},
-        {"Starfall Courier", kStarfallCourier, L"Downloading 0%"},
+        {"Ember Keep", kEmberKeep, {"asset.bin"}, true, "1.2.0"},
+        {"Starfall Courier",
+         kStarfallCourier,
+         {"starfall-courier-content.bin", "starfall-courier-core.bin"},
+         false,
+         "2.0.1"},
     };
     std::size_t installed = 0;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        select(c.name);
-        EXPECT_EQ(actionLabel(), L"Install");
-        EXPECT_FALSE(row(c.name).isInstalled());
-        status_->clear();
-        pressAction();
-        ASSERT_TRUE(test::pumpUntil([&] { return row(c.name).isInstalled(); }, 30'000))
-            << narrow(joined(status_->texts()));
+        ASSERT_TRUE(w_.select(c.name));
+        EXPECT_EQ(w_.actionLabel(), L"Install");
+        EXPECT_FALSE(w_.row(c.name).isInstalled());
+        w_.status->texts.clear();
+        w_.pressAction();
+        ASSERT_TRUE(waitForInstalled(c.name)) << w_.statusTexts();
         ++installed;
 
-        const std::vector<std::wstring>& seen = status_->texts();
+        // With a Content-Length the percent climbs to 100; without one it stays at 0.
+        const std::vector<std::wstring>& seen = w_.status->texts;
         ASSERT_FALSE(seen.empty());
         EXPECT_EQ(seen.front(), L"Preparing download...");
-        EXPECT_TRUE(status_->saw(c.lastProgress)) << narrow(joined(seen));
-        EXPECT_TRUE(status_->saw(L"Installed 100%")) << narrow(joined(seen));
+        std::vector<int> percents;
+        for (const std::wstring& text : seen) {
+            if (text.starts_with(L"Downloading ")) {
+                percents.push_back(std::stoi(text.substr(12)));
+            }
+        }
+        ASSERT_FALSE(percents.empty()) << w_.statusTexts();
+        EXPECT_TRUE(std::is_sorted(percents.begin(), percents.end())) << w_.statusTexts();
+        EXPECT_EQ(percents.back(), c.isLengthSent ? 100 : 0) << w_.statusTexts();
         // The refresh that shows the row installed was asked after library.json was saved.
         const auto installedAt = std::find(seen.begin(), seen.end(), L"Installed 100%");
-        EXPECT_NE(std::find(installedAt, seen.end(), L"Loading library..."), seen.end())
-            << narrow(joined(seen));
+        ASSERT_NE(installedAt, seen.end()) << w_.statusTexts();
+        EXPECT_NE(std::find(installedAt, seen.end(), L"Loading library..."), seen.end()) << w_.statusTexts();
 
-        GuardedFile file = libraryFileIn(paths_.dataFolder);
+        GuardedFile file = libraryFileIn(w_.paths.dataFolder);
         const std::vector<LibraryRecord> records = loadLibrary(file);
         ASSERT_EQ(records.size(), installed);
         const LibraryRecord& record = records.back();
-        const fs::path folder = paths_.defaultLibraryFolder / c.name;
+        const fs::path folder = games() / c.name;
         EXPECT_EQ(record.titleId, c.titleId);
         EXPECT_EQ(record.name, c.name);
         EXPECT_EQ(record.installPath, pathToUtf8(folder));
-        EXPECT_EQ(record.executablePath, "");
+        EXPECT_EQ(record.executablePath, ""); // the seeded builds are archives, not programs
         EXPECT_GT(record.installedAtUnix, 1'700'000'000);
-        EXPECT_EQ(readInstalledBuild(folder).titleId, c.titleId);
+        EXPECT_EQ(readInstalledBuild(folder), (InstalledBuild{c.titleId, c.version}));
 
-        // After the refresh: installed, current, so Launch rather than Update.
-        ASSERT_TRUE(test::pumpUntil([&] { return window_->statusText().starts_with(L"Library refreshed."); },
-                                    30'000));
-        const int index = rowNamed(c.name);
-        EXPECT_EQ(window_->cellText(index, 1), L"Installed");
-        EXPECT_EQ(row(c.name).installedVersion(), row(c.name).latestVersion);
-        EXPECT_FALSE(row(c.name).latestVersion.empty());
-        EXPECT_EQ(actionFor(row(c.name)), RowAction::Launch);
-        select(c.name);
-        EXPECT_EQ(actionLabel(), L"Launch");
+        // Every file and nothing partial, each as long as the service says; the archives are whole zips.
+        std::vector<std::string> expected = c.files;
+        expected.push_back(kInstalledBuildFileName);
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(filesUnder(folder), expected);
+        const std::string granted =
+            ProbeClient(&w_.settings)
+                .request("POST", "/api/v1/software/" + std::string(c.titleId) + "/download", "");
+        if (c.isLengthSent) {
+            EXPECT_EQ(fs::file_size(folder / "asset.bin"), readInt64(granted, "sizeBytes", -1));
+        } else {
+            for (const std::string& item : readObjectList(granted, "items")) {
+                EXPECT_EQ(fs::file_size(folder / pathFromUtf8(readString(item, "assetId") + ".bin")),
+                          readInt64(item, "sizeBytes", -1));
+            }
+        }
+        const std::string archive = test::readTestFile(folder / c.files.back());
+        EXPECT_EQ(archive.substr(0, 4), "PK\x03\x04");
+        EXPECT_NE(archive.rfind("PK\x05\x06"), std::string::npos);
+
+        // After the refresh: installed and current, so Launch rather than Update.
+        ASSERT_TRUE(w_.waitForStatus(L"Library refreshed."));
+        EXPECT_EQ(w_->cellText(w_.rowOf(c.name), 1), L"Installed");
+        EXPECT_EQ(w_.row(c.name).installedVersion(), w_.row(c.name).latestVersion);
+        EXPECT_FALSE(w_.row(c.name).latestVersion.empty());
+        EXPECT_EQ(actionFor(w_.row(c.name)), RowAction::Launch);
+        w_.select(c.name);
+        EXPECT_EQ(w_.actionLabel(), L"Launch");
     }
 }
 
-// Installed through the client, launched from its row, followed to its end, and its session
-// opened and closed with the service.
-TEST_F(MainWindowInstallTest, AnInstalledBuildLaunchesFromItsRowAndItsSessionIsReported) {
+// A build with a real program in it, installed, launched from its row, followed to its end
+// and its session opened and closed with the service. The program keeps its ".bin": Windows
+// runs a program by its contents.
+TEST_F(MainWindowInstallTest, AnInstalledProgramIsRecordedAndLaunchesFromItsRowWithItsSession) {
     struct EndGames {
         fs::path folder;
         ~EndGames() { test::endProcessesUnder(folder); }
-    } endGames{folder_.path()};
+    } endGames{w_.folder.path()};
     open();
     const std::string program = test::readTestFile(test::siblingExecutable(L"corvandell-test-game.exe"));
     ASSERT_FALSE(program.empty());
-    scriptNextReply(std::string("/api/v1/software/") + kEmberKeep + "/download", 200,
-                    "{\"items\":[{\"assetId\":\"bin/Ember.exe\",\"type\":\"data\",\"signedUrl\":\"" +
-                        escapeBodyString(serviceBaseUrl() + "/files/ember") + "\"}]}");
-    scriptFileReply("/files/ember", program, FileTransfer::WithLength);
-    select("Ember Keep");
-    pressAction();
-    ASSERT_TRUE(test::pumpUntil([&] { return row("Ember Keep").isInstalled(); }, 30'000))
-        << narrow(joined(status_->texts()));
-    ASSERT_TRUE(
-        test::pumpUntil([&] { return window_->statusText().starts_with(L"Library refreshed."); }, 30'000));
-    const fs::path executable = paths_.defaultLibraryFolder / "Ember Keep" / "bin" / "Ember.exe.bin";
-    EXPECT_EQ(row("Ember Keep").install->executablePath, pathToUtf8(executable));
+    scriptNextReply(kEmberDownload, 200,
+                    grantOf({{"readme.txt", fileUrl("readme")}, {"bin/Ember.exe", fileUrl("ember")}}));
+    scriptFileReply("/files/readme", "Read me.", FileTransfer::WithLength);
+    scriptFileReply("/files/ember", program, FileTransfer::Chunked);
+    press("Ember Keep");
+    ASSERT_TRUE(waitForInstalled("Ember Keep")) << w_.statusTexts();
+    ASSERT_TRUE(w_.waitForStatus(L"Library refreshed."));
+    const fs::path executable = games() / "Ember Keep" / "bin" / "Ember.exe.bin";
+    EXPECT_EQ(w_.row("Ember Keep").install->executablePath, pathToUtf8(executable));
+    EXPECT_EQ(test::readTestFile(executable), program);
 
     const std::size_t callsBefore = receivedRequests().size();
-    select("Ember Keep");
-    pressAction();
-    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 2; }, 20'000))
-        << narrow(window_->statusText());
-    EXPECT_EQ(window_->statusText(), L"Ember Keep is running. Shift+Tab opens the Corvandell overlay.");
-    ASSERT_EQ(test::processesUnder(paths_.defaultLibraryFolder).size(), 1u);
-    select("Ember Keep");
-    EXPECT_EQ(actionLabel(), L"Stop");
-    pressAction();
-    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 0; }, 20'000))
-        << narrow(window_->statusText());
-    EXPECT_TRUE(test::processesUnder(paths_.defaultLibraryFolder).empty());
+    press("Ember Keep");
+    ASSERT_TRUE(test::pumpUntil([&] { return w_->trackedGame().state == 2; }, 20'000))
+        << narrow(w_->statusText());
+    EXPECT_EQ(w_->statusText(), L"Ember Keep is running. Shift+Tab opens the Corvandell overlay.");
+    ASSERT_EQ(test::processesUnder(games()).size(), 1u);
+    w_.select("Ember Keep");
+    EXPECT_EQ(w_.actionLabel(), L"Stop");
+    w_.pressAction();
+    ASSERT_TRUE(test::pumpUntil([&] { return w_->trackedGame().state == 0; }, 20'000))
+        << narrow(w_->statusText());
+    EXPECT_TRUE(test::processesUnder(games()).empty());
 
     std::vector<std::string> sessionCalls;
     ASSERT_TRUE(test::pumpUntil(
         [&] {
-            const std::vector<std::string> calls = receivedRequests();
-            sessionCalls.clear();
-            for (std::size_t i = callsBefore; i < calls.size(); ++i) {
-                if (calls[i].find("/launch") != std::string::npos) {
-                    sessionCalls.push_back(calls[i]);
-                }
-            }
+            sessionCalls = test::requestsSince(callsBefore);
+            std::erase_if(sessionCalls,
+                          [](const std::string& call) { return call.find("/launch") == std::string::npos; });
             return sessionCalls.size() == 2;
         },
         20'000));
@@ -248,129 +219,160 @@ TEST_F(MainWindowInstallTest, AnInstalledBuildLaunchesFromItsRowAndItsSessionIsR
     EXPECT_TRUE(sessionCalls[1].ends_with("/end")) << sessionCalls[1];
 }
 
-TEST_F(MainWindowInstallTest, FailedInstallsSayWhyAndLeaveLibraryJsonAlone) {
+// A grant refused for any of its files (hostile names are ruled on by the asset-name table
+// test), or a download that breaks off or is refused, writes nothing, says why and leaves
+// library.json and the build installed before as they were, on a first install or an update.
+TEST_F(MainWindowInstallTest, FailedInstallsSayWhyAndLeaveEverythingAsItWas) {
+    const fs::path ember = games() / "Ember Keep";
+    w_.folder.writeFile("games/Ember Keep/first.bin", "old first");
+    w_.folder.writeFile("games/Ember Keep/second.bin", "old second");
+    writeInstalledBuild(ember, {kEmberKeep, "1.1.4"});
+    GuardedFile file = libraryFileIn(w_.paths.dataFolder);
+    saveLibrary(file, {{kEmberKeep, "Ember Keep", pathToUtf8(ember), "", false, 1'700'000'000, 0}});
+    const std::string library = test::readTestFile(w_.paths.dataFolder / "library.json");
     open();
-    const std::string route = std::string("/api/v1/software/") + kEmberKeep + "/download";
-    const std::string cutUrl = serviceBaseUrl() + "/files/cut";
-    struct Case {
+    enum class Second { NotFetched, CutShort, Refused };
+    const std::string never = fileUrl("never");
+    const std::string twoFiles = grantOf({{"first", fileUrl("first")}, {"second", fileUrl("second")}});
+    const auto unsafe = [](const std::string& name) {
+        return widen("Install failed: The service gave an unsafe file name: \"" + name + "\".");
+    };
+    const struct {
+        const char* title;
         std::string grant;
-        bool isFileFetched;
+        Second second;
         std::wstring status;
+    } cases[] = {
+        {"Ember Keep", "{\"items\":[]}", Second::NotFetched,
+         L"Install failed: No downloadable assets returned by API."},
+        {"Starfall Courier", grantOf({{"x", ""}}), Second::NotFetched,
+         L"Install failed: No downloadable assets returned by API."},
+        {"Starfall Courier", grantOf({{"..\\..\\evil", never}}), Second::NotFetched, unsafe("..\\..\\evil")},
+        {"Ember Keep", grantOf({{"ok", never}, {"nul.txt", never}}), Second::NotFetched, unsafe("nul.txt")},
+        {"Starfall Courier", grantOf({{"Data", never}, {"data", never}}), Second::NotFetched,
+         L"Install failed: The service named the file \"data\" twice."},
+        {"Ember Keep", twoFiles, Second::CutShort,
+         L"Install failed: The download of \"second\" ended after 30000 of 31000 bytes."},
+        {"Starfall Courier", twoFiles, Second::Refused,
+         L"Install failed: The download of \"second\" was refused (HTTP 410)."},
     };
-    const Case cases[] = {
-        {"{\"items\":[]}", false, L"Install failed: No downloadable assets returned by API."},
-        {"{\"items\":[{\"assetId\":\"..\\\\..\\\\evil\",\"type\":\"data\",\"signedUrl\":\"" + cutUrl +
-             "\"}]}",
-         false, L"Install failed: The service gave an unsafe file name: \"..\\..\\evil\"."},
-        {"{\"items\":[{\"assetId\":\"core\",\"type\":\"data\",\"signedUrl\":\"" + cutUrl + "\"}]}", true,
-         L"Install failed: The download of \"core\" "},
-    };
-    select("Ember Keep");
-    for (const Case& c : cases) {
-        SCOPED_TRACE(narrow(c.status));
-        scriptNextReply(route, 200, c.grant);
-        if (c.isFileFetched) {
-            scriptFileReply("/files/cut", std::string(50'000, 'x'), FileTransfer::CutShort);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.grant);
+        scriptNextReply(std::string("/api/v1/software/") +
+                            (c.title[0] == 'E' ? kEmberKeep : kStarfallCourier) + "/download",
+                        200, c.grant);
+        if (c.second != Second::NotFetched) {
+            scriptFileReply("/files/first", std::string(40'000, '1'), FileTransfer::WithLength);
         }
-        status_->clear();
-        pressAction();
-        ASSERT_TRUE(waitForStatus(c.status)) << narrow(joined(status_->texts()));
-        EXPECT_FALSE(fs::exists(libraryFile()));
-        EXPECT_FALSE(row("Ember Keep").isInstalled());
-        EXPECT_FALSE(status_->saw(L"Loading library...")) << "no refresh after a failure";
+        if (c.second == Second::CutShort) {
+            scriptFileReply("/files/second", std::string(30'000, '2'), FileTransfer::CutShort);
+        } else if (c.second == Second::Refused) {
+            scriptNextReply("/files/second", 410, "{\"error\":\"link_expired\"}");
+        }
+        const std::size_t callsBefore = receivedRequests().size();
+        ASSERT_TRUE(w_.select(c.title));
+        EXPECT_EQ(w_.actionLabel(), c.title[0] == 'E' ? L"Update" : L"Install");
+        w_.status->texts.clear();
+        w_.pressAction();
+        ASSERT_TRUE(w_.waitForSawStatus(c.status)) << w_.statusTexts();
+        EXPECT_FALSE(w_.sawStatus(L"Loading library...")) << "no refresh after a failure";
+        EXPECT_EQ(w_.row(c.title).isInstalled(), c.title[0] == 'E');
+        EXPECT_EQ(test::readTestFile(w_.paths.dataFolder / "library.json"), library);
+        EXPECT_EQ(filesUnder(games()),
+                  (std::vector<std::string>{"Ember Keep/corvandell-build.json", "Ember Keep/first.bin",
+                                            "Ember Keep/second.bin"}));
+        EXPECT_EQ(test::readTestFile(ember / "first.bin"), "old first");
+        EXPECT_EQ(test::readTestFile(ember / "second.bin"), "old second");
+        EXPECT_EQ(readInstalledBuild(ember).version, "1.1.4");
+        const std::vector<std::string> calls = test::requestsSince(callsBefore);
+        EXPECT_EQ(
+            std::count_if(calls.begin(), calls.end(),
+                          [](const std::string& call) { return call.find("/files/") != std::string::npos; }),
+            c.second == Second::NotFetched ? 0 : 2);
     }
-    const fs::path folder = paths_.defaultLibraryFolder / "Ember Keep";
-    EXPECT_FALSE(fs::exists(folder / "core.bin"));
-    EXPECT_FALSE(fs::exists(folder / "core.bin.partial"));
-    EXPECT_FALSE(fs::exists(folder / kInstalledBuildFileName));
 }
 
 TEST_F(MainWindowInstallTest, OneInstallPerTitleAtATime) {
     open();
-    select("Ember Keep");
-    pressAction();
-    pressAction(); // before the first has had any chance to finish: nothing is pumped between
-    EXPECT_TRUE(status_->saw(L"Ember Keep is already being installed.")) << narrow(joined(status_->texts()));
-    ASSERT_TRUE(test::pumpUntil([&] { return row("Ember Keep").isInstalled(); }, 30'000));
+    press("Ember Keep");
+    w_.pressAction(); // before the first has had any chance to finish: nothing is pumped between
+    EXPECT_TRUE(w_.sawStatus(L"Ember Keep is already being installed.")) << w_.statusTexts();
+    ASSERT_TRUE(waitForInstalled("Ember Keep"));
     // Once it is done, the title may be installed again (the row now offers Launch, so the
     // install is asked for directly).
-    status_->clear();
-    window_->installSelected();
-    EXPECT_EQ(status_->texts().front(), L"Preparing download...");
-    EXPECT_TRUE(waitForStatus(L"Library refreshed."));
+    w_.status->texts.clear();
+    w_->installSelected();
+    EXPECT_EQ(w_.status->texts.front(), L"Preparing download...");
+    EXPECT_TRUE(w_.waitForSawStatus(L"Library refreshed."));
+}
+
+TEST_F(MainWindowInstallTest, TheCapMakesADownloadTakeAtLeastTheComputedTime) {
+    const int limitKbps = 4;
+    open(limitKbps);
+    const std::string data(12 * 1024, 'c');
+    scriptNextReply(kEmberDownload, 200, grantOf({{"paced", fileUrl("paced")}}));
+    scriptFileReply("/files/paced", data, FileTransfer::WithLength);
+    const ULONGLONG start = GetTickCount64();
+    press("Ember Keep");
+    ASSERT_TRUE(waitForInstalled("Ember Keep")) << w_.statusTexts();
+    // 12 KiB at 4 KiB/s: three seconds at least (a tick's worth of slack for the clock).
+    EXPECT_GE(GetTickCount64() - start + 16, rateCapDelayMs(data.size(), limitKbps, 0));
+    EXPECT_EQ(fs::file_size(games() / "Ember Keep" / "paced.bin"), data.size());
 }
 
 TEST_F(MainWindowInstallTest, ClosingTheClientStopsACappedDownloadAtOnceAndInstallsNothing) {
-    open({}, 1); // 1 KiB/s: the file below would take over a minute
-    const std::string route = std::string("/api/v1/software/") + kEmberKeep + "/download";
-    scriptNextReply(route, 200,
-                    "{\"items\":[{\"assetId\":\"slow\",\"type\":\"data\",\"signedUrl\":\"" +
-                        serviceBaseUrl() + "/files/slow\"}]}");
+    open(1); // 1 KiB/s: the file below would take over a minute
+    scriptNextReply(kEmberDownload, 200, grantOf({{"slow", fileUrl("slow")}}));
     scriptFileReply("/files/slow", std::string(64 * 1024, 's'), FileTransfer::WithLength);
-    select("Ember Keep");
-    pressAction();
-    ASSERT_TRUE(waitForStatus(L"Downloading ")) << narrow(joined(status_->texts()));
+    press("Ember Keep");
+    ASSERT_TRUE(w_.waitForSawStatus(L"Downloading ")) << w_.statusTexts();
     const ULONGLONG start = GetTickCount64();
-    status_.reset();
-    window_.reset(); // Exit: the window waits for its jobs before it goes
+    w_.window.reset(); // Exit: the window waits for its jobs before it goes
     EXPECT_LT(GetTickCount64() - start, 10'000u);
-    GuardedFile file = libraryFileIn(paths_.dataFolder); // saved on exit, with nothing installed
+    GuardedFile file = libraryFileIn(w_.paths.dataFolder); // saved on exit, with nothing installed
     EXPECT_TRUE(loadLibrary(file).empty());
-    EXPECT_FALSE(fs::exists(paths_.defaultLibraryFolder / "Ember Keep" / "slow.bin"));
-    EXPECT_FALSE(fs::exists(paths_.defaultLibraryFolder / "Ember Keep" / "slow.bin.partial"));
+    EXPECT_EQ(filesUnder(games()), std::vector<std::string>{}) << "the partial file was left";
 }
 
 // Rows the client never downloads: Steam's, another store's and browser games.
 TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
-    MainWindowJobs jobs;
-    jobs.api = std::make_shared<test::ScriptedService>(); // any service call would fail the test's texts
-    jobs.makeRefresh = [](const std::string&) {
-        return [] {
-            LibraryResult result{.succeeded = true};
-            DetectedGame steam;
-            steam.key = "steam:10";
-            steam.title = "Moss Valley";
-            steam.storeKey = "steam";
-            steam.storeName = "Steam";
-            steam.externalId = "10";
-            steam.steamAppId = "10";
-            DetectedGame epic;
-            epic.key = "epic:e1";
-            epic.title = "Cave Run";
-            epic.storeKey = "epic";
-            epic.storeName = "Epic Games";
-            epic.externalId = "e1";
-            result.steamRows = {rowFromDetectedGame(steam)};
-            result.storeRows = {rowFromDetectedGame(epic)};
-            result.browserGames = {
-                // Hosted on loopback, so the site icon the list asks for never leaves the machine.
-                {"g1", "https://github.com/chen-plays/pixel-garden", "chen-plays", "pixel-garden",
-                 "Pixel Garden", "https://127.0.0.1:9/pixel-garden/", true, "chen"},
-                {"g2", "https://github.com/alice-codes/tiny-tower", "alice-codes", "tiny-tower", "Tiny Tower",
-                 "index.html", true, "alice"}};
-            return result;
-        };
+    w_.jobs.api = std::make_shared<test::ScriptedService>(); // any service call would fail the test's texts
+    const auto detected = [](const char* store, const char* storeName, const char* id, const char* title) {
+        DetectedGame game;
+        game.key = std::string(store) + ":" + id;
+        game.title = title;
+        game.storeKey = store;
+        game.storeName = storeName;
+        game.externalId = id;
+        return game;
     };
-    open(std::move(jobs));
+    DetectedGame steam = detected("steam", "Steam", "10", "Moss Valley");
+    steam.steamAppId = "10";
+    LibraryResult result{.succeeded = true};
+    result.steamRows = {rowFromDetectedGame(steam)};
+    result.storeRows = {rowFromDetectedGame(detected("epic", "Epic Games", "e1", "Cave Run"))};
+    result.browserGames = {// Hosted on loopback, so the site icon the list asks for never leaves the machine.
+                           {"g1", "https://github.com/chen-plays/pixel-garden", "chen-plays", "pixel-garden",
+                            "Pixel Garden", "https://127.0.0.1:9/pixel-garden/", true, "chen"},
+                           {"g2", "https://github.com/alice-codes/tiny-tower", "alice-codes", "tiny-tower",
+                            "Tiny Tower", "index.html", true, "alice"}};
+    w_.answerRefreshes(result);
+    open();
     const struct {
         const char* name;
-        std::wstring status; // empty: nothing is said and nothing starts
+        std::vector<std::wstring> status; // empty: nothing is said and nothing starts
     } cases[] = {
-        {"Moss Valley", L"This game is installed and updated by Steam."},
-        {"Cave Run", L"This game is installed and updated by Epic Games."},
-        {"Pixel Garden", L"This game runs from the web - nothing to install. Just press Launch."},
-        {"Tiny Tower", L""},
+        {"Moss Valley", {L"This game is installed and updated by Steam."}},
+        {"Cave Run", {L"This game is installed and updated by Epic Games."}},
+        {"Pixel Garden", {L"This game runs from the web - nothing to install. Just press Launch."}},
+        {"Tiny Tower", {}},
     };
     for (const auto& c : cases) {
-        select(c.name);
-        status_->clear();
-        window_->installSelected();
+        ASSERT_TRUE(w_.select(c.name));
+        w_.status->texts.clear();
+        w_->installSelected();
         test::pumpUntil([] { return false; }, 200);
-        if (c.status.empty()) {
-            EXPECT_TRUE(status_->texts().empty()) << c.name << ": " << narrow(joined(status_->texts()));
-        } else {
-            EXPECT_EQ(status_->texts(), std::vector<std::wstring>{c.status}) << c.name;
-        }
+        EXPECT_EQ(w_.status->texts, c.status) << c.name;
     }
 }
 
