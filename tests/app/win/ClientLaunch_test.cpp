@@ -12,7 +12,7 @@
 #include "launch/SessionJournal.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/ClientUnderTest.hpp"
-#include "support/win/ServiceStandIn.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 #include "support/win/TestGames.hpp"
 
 #include <gtest/gtest.h>
@@ -48,8 +48,7 @@ private:
 };
 
 std::vector<std::string> sessionCallsSince(size_t before) {
-    std::vector<std::string> calls = receivedRequests();
-    calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(std::min(before, calls.size())));
+    std::vector<std::string> calls = test::requestsSince(before);
     std::erase_if(calls, [](const std::string& call) { return !call.starts_with("POST /api/v1/activity/"); });
     return calls;
 }

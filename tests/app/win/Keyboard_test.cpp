@@ -6,15 +6,13 @@
 
 #include <commctrl.h>
 
-#include "app/Skins.hpp"
-#include "app/win/MainWindow.hpp"
 #include "app/win/MessageLoop.hpp"
 #include "app/win/ThemeHook.hpp"
 #include "auth/win/SignInWindow.hpp"
 #include "social/win/FriendsWindow.hpp"
 #include "social/win/SocialIds.hpp"
 #include "support/ScriptedService.hpp"
-#include "support/TempFolder.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 
 #include <gtest/gtest.h>
 
@@ -26,13 +24,14 @@
 namespace corvandell::win {
 namespace {
 
-// Pumps as the client's loop does until `done` or the time is up.
-bool pumpClientUntil(HWND main, HACCEL keys, const std::function<bool()>& done, DWORD timeoutMs) {
+// Pumps until `done` or the time is up, offering each message to `handled` first.
+bool pumpMessagesUntil(const std::function<bool(MSG&)>& handled, const std::function<bool()>& done,
+                       DWORD timeoutMs) {
     const ULONGLONG end = GetTickCount64() + timeoutMs;
     for (;;) {
         MSG message{};
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message != WM_QUIT && !preTranslateClientMessage(main, keys, message)) {
+            if (message.message != WM_QUIT && !handled(message)) {
                 TranslateMessage(&message);
                 DispatchMessageW(&message);
             }
@@ -42,6 +41,12 @@ bool pumpClientUntil(HWND main, HACCEL keys, const std::function<bool()>& done, 
         }
         MsgWaitForMultipleObjectsEx(0, nullptr, 10, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
     }
+}
+
+// As the client's loop pumps: its shortcuts and dialog keys first.
+bool pumpClientUntil(HWND main, HACCEL keys, const std::function<bool()>& done, DWORD timeoutMs) {
+    return pumpMessagesUntil([&](MSG& message) { return preTranslateClientMessage(main, keys, message); },
+                             done, timeoutMs);
 }
 
 void pressKey(HWND target, WPARAM key) {
@@ -72,37 +77,26 @@ private:
 class MainWindowKeysTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        applyTheme(builtInSkins()[0]);
-        MainWindowJobs jobs;
-        jobs.makeRefresh = [this](const std::string& query) -> std::function<LibraryResult()> {
+        w_.jobs.makeRefresh = [this](const std::string& query) -> std::function<LibraryResult()> {
             queries_.push_back(query);
             return [] { return LibraryResult{.succeeded = true}; };
         };
-        jobs.api = std::make_shared<test::ScriptedService>();
-        const DataPaths paths{folder_.path() / "data", folder_.path() / "games"};
-        Settings settings = defaultSettings(paths.defaultLibraryFolder);
-        settings.bearerToken = "token";
-        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths, std::move(settings),
-                                               settingsFileIn(paths.dataFolder), std::move(jobs));
-        ASSERT_TRUE(window_->create(SW_SHOWNORMAL));
+        w_.jobs.api = std::make_shared<test::ScriptedService>();
+        w_.settings.bearerToken = "token";
+        ASSERT_TRUE(w_.open(SW_SHOWNORMAL));
         keys_ = createMainWindowKeys();
         ASSERT_TRUE(keys_);
-        pump([this] { return window_->statusText() == L"Library refreshed."; });
+        pump([this] { return w_->statusText() == L"Library refreshed."; });
         queries_.clear();
     }
-    void TearDown() override { window_.reset(); }
 
     bool pump(const std::function<bool()>& done, DWORD timeoutMs = 5000) {
-        return pumpClientUntil(window_->hwnd(), keys_.get(), done, timeoutMs);
+        return pumpClientUntil(w_->hwnd(), keys_.get(), done, timeoutMs);
     }
-    void settle() {
-        pump([] { return false; }, 100);
-    }
-    HWND control(int id) const { return window_->control(id); }
+    HWND control(int id) const { return w_->control(id); }
 
-    test::TempFolder folder_;
     std::vector<std::string> queries_;
-    std::unique_ptr<MainWindow> window_;
+    test::MainWindowUnderTest w_;
     UniqueAccelerator keys_;
 };
 
@@ -123,7 +117,7 @@ TEST_F(MainWindowKeysTest, ShortcutsReachTheirCommandsOnlyFromTheMainWindow) {
                                  GetModuleHandleW(nullptr), nullptr);
     SetFocus(other);
     pressKey(other, VK_F5);
-    settle();
+    pump([] { return false; }, 100);
     EXPECT_EQ(queries_.size(), 2u) << "F5 in another window refreshed the library";
     DestroyWindow(other);
 }
@@ -153,7 +147,7 @@ TEST_F(MainWindowKeysTest, TabWalksTheControlsAndEnterInTheSearchBoxSearchesAtOn
 
 TEST_F(MainWindowKeysTest, EnterGivesTheFocusedControlsCommandAndNothingElsewhere) {
     const auto defaultCommand = [this] {
-        return static_cast<int>(LOWORD(SendMessageW(window_->hwnd(), DM_GETDEFID, 0, 0)));
+        return static_cast<int>(LOWORD(SendMessageW(w_->hwnd(), DM_GETDEFID, 0, 0)));
     };
     SetFocus(control(command::List));
     EXPECT_EQ(defaultCommand(), command::None) << "Enter with no row selected";
@@ -163,13 +157,9 @@ TEST_F(MainWindowKeysTest, EnterGivesTheFocusedControlsCommandAndNothingElsewher
     EXPECT_EQ(defaultCommand(), command::None);
 }
 
-class DialogKeysTest : public ::testing::Test {
-protected:
-    void SetUp() override { applyTheme(builtInSkins()[0]); }
-    test::TempFolder folder_;
-};
-
-TEST_F(DialogKeysTest, SignInEnterNeverStartsGoogleAndPressesTheFocusedButton) {
+TEST(DialogKeys, SignInEnterNeverStartsGoogleAndPressesTheFocusedButton) {
+    applyTheme(builtInSkins()[0]);
+    test::TempFolder folder;
     Settings settings;
     settings.apiBaseUrl = "http://127.0.0.1:9";
     int browserOpened = 0;
@@ -177,22 +167,13 @@ TEST_F(DialogKeysTest, SignInEnterNeverStartsGoogleAndPressesTheFocusedButton) {
     hooks.paintHook = &themeHandleMessage;
     hooks.trackButtonHover = &themeTrackButtonHover;
     hooks.openBrowser = [&browserOpened](const std::wstring&) { ++browserOpened; };
-    SignInWindow window(GetModuleHandleW(nullptr), folder_.path(), settings, hooks);
+    SignInWindow window(GetModuleHandleW(nullptr), folder.path(), settings, hooks);
     ASSERT_TRUE(window.create(SW_SHOWNORMAL));
     HWND hwnd = window.hwnd();
+    // As the sign-in loop pumps: through the dialog manager.
     const auto pumpDialog = [hwnd](const std::function<bool()>& done, DWORD timeoutMs) {
-        const ULONGLONG end = GetTickCount64() + timeoutMs;
-        while (!done() && GetTickCount64() < end) {
-            MSG message{};
-            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-                if (message.message != WM_QUIT && !IsDialogMessageW(hwnd, &message)) {
-                    TranslateMessage(&message);
-                    DispatchMessageW(&message);
-                }
-            }
-            Sleep(10);
-        }
-        return done();
+        return pumpMessagesUntil([hwnd](MSG& message) { return IsDialogMessageW(hwnd, &message) != FALSE; },
+                                 done, timeoutMs);
     };
     // Enter on the window itself, and in the status line's reach: "Continue with Google" has
     // the dialog manager's IDOK id, which must not make it the default.
@@ -210,7 +191,8 @@ TEST_F(DialogKeysTest, SignInEnterNeverStartsGoogleAndPressesTheFocusedButton) {
     EXPECT_EQ(browserOpened, 0);
 }
 
-TEST_F(DialogKeysTest, EnterPressesTheFocusedBoxsButtonAndEscapeClosesTheFriendsWindow) {
+TEST(DialogKeys, EnterPressesTheFocusedBoxsButtonAndEscapeClosesTheFriendsWindow) {
+    applyTheme(builtInSkins()[0]);
     Settings settings;
     settings.apiBaseUrl = "http://127.0.0.1:9";
     FriendsWindow* friends =

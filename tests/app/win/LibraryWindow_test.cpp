@@ -7,13 +7,9 @@
 
 #include "app/LibraryCache.hpp"
 #include "app/RowText.hpp"
-#include "app/Skins.hpp"
-#include "app/win/MainWindow.hpp"
 #include "base/Utf8Path.hpp"
-#include "base/win/WideText.hpp"
 #include "support/ScriptedService.hpp"
-#include "support/TempFolder.hpp"
-#include "support/win/MessagePump.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 
 #include <gtest/gtest.h>
 
@@ -68,17 +64,17 @@ fs::path systemProgram(const wchar_t* name) {
 class LibraryWindowTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        applyTheme(builtInSkins()[0]);
         // Steam with one game whose executable carries an icon, and whose name differs from
         // the catalogue title only in punctuation.
-        const fs::path steam = folder_.path() / "Steam";
-        folder_.writeFile(
+        const test::TempFolder& folder = w_.folder;
+        const fs::path steam = folder.path() / "Steam";
+        folder.writeFile(
             steam / "steamapps" / "appmanifest_620.acf",
             "\"AppState\"\n{\n\t\"appid\"\t\t\"620\"\n\t\"name\"\t\t\"Sky-Forge 2\"\n"
             "\t\"StateFlags\"\t\t\"4\"\n\t\"installdir\"\t\t\"Sky Forge Two\"\n\t\"buildid\"\t\t\"9\"\n}\n");
-        folder_.writeFile(steam / "steamapps" / "appmanifest_730.acf",
-                          "\"AppState\"\n{\n\t\"appid\"\t\t\"730\"\n\t\"name\"\t\t\"Moss Valley\"\n"
-                          "\t\"StateFlags\"\t\t\"4\"\n\t\"installdir\"\t\t\"Moss Valley\"\n}\n");
+        folder.writeFile(steam / "steamapps" / "appmanifest_730.acf",
+                         "\"AppState\"\n{\n\t\"appid\"\t\t\"730\"\n\t\"name\"\t\t\"Moss Valley\"\n"
+                         "\t\"StateFlags\"\t\t\"4\"\n\t\"installdir\"\t\t\"Moss Valley\"\n}\n");
         const fs::path game = steam / "steamapps" / "common" / "Sky Forge Two";
         fs::create_directories(game);
         fs::copy_file(systemProgram(L"notepad.exe"), game / "SkyForge.exe");
@@ -86,11 +82,10 @@ protected:
         steamPath_ = std::make_unique<SteamPathValue>(steam);
 
         // Paper Moth was installed through the client, at a build older than the latest.
-        const fs::path data = folder_.path() / "data";
-        GuardedFile library = libraryFileIn(data);
+        GuardedFile library = libraryFileIn(w_.paths.dataFolder);
+        const fs::path moth = w_.paths.defaultLibraryFolder / "Paper Moth";
         saveLibrary(library,
-                    {{"t-moth", "Paper Moth", pathToUtf8(folder_.path() / "games" / "Paper Moth"),
-                      pathToUtf8(folder_.path() / "games" / "Paper Moth" / "moth.exe"), false, 1, 0}});
+                    {{"t-moth", "Paper Moth", pathToUtf8(moth), pathToUtf8(moth / "moth.exe"), false, 1, 0}});
 
         service_->answer(kCatalogue,
                          R"({"items":[{"id":"t-sky","name":"Sky Forge 2","category":"Action",)"
@@ -118,15 +113,10 @@ protected:
             "GET /api/v1/activity/game-feed?key=t-sky&limit=8",
             R"({"items":[{"type":"rate","username":"chen","stars":4,"timestamp":"2026-11-24T10:00:00Z"}]})");
 
-        MainWindowJobs jobs;
-        jobs.api = service_;
-        const DataPaths paths{data, folder_.path() / "games"};
-        Settings settings = defaultSettings(paths.defaultLibraryFolder);
-        settings.bearerToken = token_;
-        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths, std::move(settings),
-                                               settingsFileIn(paths.dataFolder), std::move(jobs));
-        ASSERT_TRUE(window_->create(SW_HIDE));
-        list_ = window_->control(command::List);
+        w_.jobs.api = service_;
+        w_.settings.bearerToken = token_;
+        ASSERT_TRUE(w_.open());
+        list_ = w_->control(command::List);
     }
 
     std::wstring listText(int row, int column) const {
@@ -139,10 +129,9 @@ protected:
     }
 
     std::string token_ = "token";
-    test::TempFolder folder_;
-    std::unique_ptr<SteamPathValue> steamPath_;
     std::shared_ptr<test::ScriptedService> service_ = std::make_shared<test::ScriptedService>();
-    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<SteamPathValue> steamPath_; // put back only once the window has gone
+    test::MainWindowUnderTest w_;
     HWND list_ = nullptr;
 };
 
@@ -150,8 +139,8 @@ constexpr wchar_t kRefreshed[] =
     L"Library refreshed. Included 2 games from your local Steam library. 1 GitHub browser games available.";
 
 TEST_F(LibraryWindowTest, ARefreshMergesTheSourcesIntoTheListInOrderWithTheirStates) {
-    ASSERT_TRUE(test::pumpUntil([this] { return window_->statusText() == kRefreshed; }, 10000))
-        << narrow(window_->statusText());
+    ASSERT_TRUE(test::pumpUntil([this] { return w_->statusText() == kRefreshed; }, 10000))
+        << narrow(w_->statusText());
     const std::vector<std::vector<std::wstring>> expected{
         {L"Sky Forge 2", L"Steam", L"Action", L"windows", L"\u2605 4.5 (2)"},
         {L"Ember Keep", L"Owned", L"RPG", L"windows", L""},
@@ -168,9 +157,9 @@ TEST_F(LibraryWindowTest, ARefreshMergesTheSourcesIntoTheListInOrderWithTheirSta
                 << row << "," << column;
         }
     }
-    EXPECT_TRUE(test::pumpUntil([this] { return window_->hasRowIcon("t-sky"); }, 10000))
+    EXPECT_TRUE(test::pumpUntil([this] { return w_->hasRowIcon("t-sky"); }, 10000))
         << "the Steam executable's icon never arrived";
-    EXPECT_FALSE(window_->hasRowIcon("t-ember")) << "a title that is not installed has no icon";
+    EXPECT_FALSE(w_->hasRowIcon("t-ember")) << "a title that is not installed has no icon";
     const std::vector<std::string> asked = service_->requests();
     EXPECT_EQ(std::count(asked.begin(), asked.end(), "GET /api/v1/software/t-moth/builds?pageSize=1"), 1);
     EXPECT_EQ(std::count_if(asked.begin(), asked.end(),
@@ -180,53 +169,51 @@ TEST_F(LibraryWindowTest, ARefreshMergesTheSourcesIntoTheListInOrderWithTheirSta
 }
 
 TEST_F(LibraryWindowTest, SelectingARowFillsTheDetailsTheActionAndThePlaytimePanel) {
-    ASSERT_TRUE(test::pumpUntil([this] { return window_->statusText() == kRefreshed; }, 10000));
-    HWND action = window_->control(command::Launch);
+    ASSERT_TRUE(test::pumpUntil([this] { return w_->statusText() == kRefreshed; }, 10000));
+    HWND action = w_->control(command::Launch);
     const std::vector<std::pair<int, std::wstring>> labels{
         {1, L"Install"}, {2, L"Update"}, {3, L"Launch"}, {4, L"Install"}, {0, L"Launch"}};
     for (const auto& [row, label] : labels) {
         select(row);
         EXPECT_EQ(hwndText(action), label) << row;
-        EXPECT_EQ(hwndText(window_->control(control::Details)),
-                  widen(detailsText(window_->rows()[static_cast<size_t>(row)], {})))
+        EXPECT_EQ(hwndText(w_->control(control::Details)),
+                  widen(detailsText(w_->rows()[static_cast<size_t>(row)], {})))
             << row;
     }
-    EXPECT_NE(hwndText(window_->control(control::Details)).find(L"\r\nSteam app id: 620\r\n"),
-              std::wstring::npos);
+    EXPECT_NE(hwndText(w_->control(control::Details)).find(L"\r\nSteam app id: 620\r\n"), std::wstring::npos);
     EXPECT_TRUE(test::pumpUntil(
         [this] {
-            return window_->playtimePanel()->text() ==
+            return w_->playtimePanel()->text() ==
                    L"You have played: 55 min\r\n\r\nFriends' playtime\r\n   bruno played 2 h 20 min\r\n\r\n"
                    L"Recent activity\r\n   chen rated it 4 stars (2026-11-24)";
         },
         5000))
-        << narrow(window_->playtimePanel()->text());
-    EXPECT_EQ(window_->playtimePanel()->myStars(), 5);
+        << narrow(w_->playtimePanel()->text());
+    EXPECT_EQ(w_->playtimePanel()->myStars(), 5);
 }
 
 TEST_F(LibraryWindowTest, ARatingIsSavedOrTheStatusSaysItWasNot) {
     ASSERT_TRUE(test::pumpUntil([this] { return listText(0, 4) == L"\u2605 4.5 (2)"; }, 10000));
     select(0);
     service_->answer("PUT /api/v1/me/ratings", R"({"gameKey":"t-sky","average":4.0,"count":3,"myStars":3})");
-    window_->rateSelected(3);
+    w_->rateSelected(3);
     EXPECT_TRUE(test::pumpUntil([this] { return listText(0, 4) == L"\u2605 4.0 (3)"; }, 5000));
-    EXPECT_EQ(window_->playtimePanel()->myStars(), 3);
+    EXPECT_EQ(w_->playtimePanel()->myStars(), 3);
 
     service_->fail("PUT /api/v1/me/ratings", "HTTP request failed");
-    window_->rateSelected(1);
-    EXPECT_TRUE(
-        test::pumpUntil([this] { return window_->statusText() == L"Could not save your rating."; }, 5000));
-    EXPECT_EQ(window_->playtimePanel()->myStars(), 3) << "the rating that failed is taken back";
+    w_->rateSelected(1);
+    EXPECT_TRUE(test::pumpUntil([this] { return w_->statusText() == L"Could not save your rating."; }, 5000));
+    EXPECT_EQ(w_->playtimePanel()->myStars(), 3) << "the rating that failed is taken back";
     EXPECT_EQ(listText(0, 4), L"\u2605 4.0 (3)");
 }
 
 TEST_F(LibraryWindowTest, AFailedRefreshKeepsTheRowsAndAnOlderAnswerNeverReplacesANewerOne) {
-    ASSERT_TRUE(test::pumpUntil([this] { return window_->statusText() == kRefreshed; }, 10000));
+    ASSERT_TRUE(test::pumpUntil([this] { return w_->statusText() == kRefreshed; }, 10000));
     select(2);
     service_->fail(kCatalogue, "HTTP request failed");
-    SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
-    ASSERT_TRUE(test::pumpUntil(
-        [this] { return window_->statusText() == L"Refresh failed: HTTP request failed"; }, 10000));
+    SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
+    ASSERT_TRUE(test::pumpUntil([this] { return w_->statusText() == L"Refresh failed: HTTP request failed"; },
+                                10000));
     EXPECT_EQ(ListView_GetItemCount(list_), 5);
     EXPECT_EQ(ListView_GetNextItem(list_, -1, LVNI_SELECTED), 2) << "the selection went with the failure";
 
@@ -235,13 +222,12 @@ TEST_F(LibraryWindowTest, AFailedRefreshKeepsTheRowsAndAnOlderAnswerNeverReplace
     service_->delay(kCatalogue, 1000);
     service_->answer("GET /api/v1/software?pageSize=100&sort=name&q=ember&platform=windows",
                      R"({"items":[{"id":"t-ember","name":"Ember Keep"}]})");
-    SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
-    SetWindowTextW(window_->control(command::Search), L"ember");
-    KillTimer(window_->hwnd(), kSearchTimerId);
-    SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
+    SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
+    SetWindowTextW(w_->control(command::Search), L"ember");
+    KillTimer(w_->hwnd(), kSearchTimerId);
+    SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Refresh, BN_CLICKED), 0);
     test::pumpUntil([] { return false; }, 2500);
-    EXPECT_EQ(window_->statusText(), L"Library refreshed. Included 2 games from your local Steam library. "
-                                     L"1 GitHub browser games available.");
+    EXPECT_EQ(w_->statusText(), kRefreshed);
     ASSERT_EQ(ListView_GetItemCount(list_), 1) << "the search also narrows the Steam and browser games";
     EXPECT_EQ(listText(0, 0), L"Ember Keep");
 }
@@ -254,18 +240,18 @@ protected:
 TEST_F(SignedOutLibraryWindowTest, TheStatusAsksForASessionAndTheStarsDoNotRate) {
     ASSERT_TRUE(test::pumpUntil(
         [this] {
-            return window_->statusText() ==
+            return w_->statusText() ==
                    L"Library refreshed. Add a bearer token (Options > Connection) to load owned games. "
                    L"Included 2 "
                    L"games from your local Steam library. 1 GitHub browser games available.";
         },
         10000))
-        << narrow(window_->statusText());
+        << narrow(w_->statusText());
     select(0);
-    EXPECT_EQ(window_->playtimePanel()->text(), L"Sign in to rate games.");
-    window_->rateSelected(4);
+    EXPECT_EQ(w_->playtimePanel()->text(), L"Sign in to rate games.");
+    w_->rateSelected(4);
     test::pumpUntil([] { return false; }, 300);
-    EXPECT_EQ(window_->playtimePanel()->text(), L"Sign in to rate games.");
+    EXPECT_EQ(w_->playtimePanel()->text(), L"Sign in to rate games.");
     const std::vector<std::string> asked = service_->requests();
     EXPECT_EQ(std::count_if(asked.begin(), asked.end(),
                             [](const std::string& r) { return r.starts_with("PUT /api/v1/me/ratings"); }),

@@ -1,41 +1,39 @@
-// Shift+Tab in the main window: it opens the overlay only while a game is tracked, names
-// the game (or says "In game"), and closes it on the next press; the main window forgets
-// the overlay once it has ended, however it ended.
+// The main window's companion windows. Shift+Tab opens the overlay only while a game is
+// tracked, names the game (or says "In game") and closes it on the next press; the Friends
+// button opens one friends window and brings that one back. Both are owned by the main
+// window, so they close with it, and forgotten once they report their end, however it came.
 #include <windows.h>
 
-#include "app/win/MainWindow.hpp"
 #include "app/win/OverlayWindow.hpp"
-#include "support/TempFolder.hpp"
-#include "support/win/MessagePump.hpp"
-#include "support/win/ServiceStandIn.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 #include "support/win/SocialUsers.hpp"
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 namespace corvandell::win {
 namespace {
 
-TEST(MainWindowOverlay, TheHotkeyTogglesTheOverlayOnlyWhileAGameIsTracked) {
-    test::TempFolder folder;
-    const DataPaths paths{folder.path() / "data", folder.path() / "games"};
-    Settings settings = defaultSettings(paths.defaultLibraryFolder);
-    const Settings signedIn = signedInSettings("demo");
-    settings.apiBaseUrl = signedIn.apiBaseUrl;
-    settings.bearerToken = signedIn.bearerToken;
-    MainWindowJobs jobs;
-    jobs.makeRefresh = [](const std::string&) { return [] { return LibraryResult{true, {}, {}}; }; };
-    auto window = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths, settings,
-                                               settingsFileIn(paths.dataFolder), std::move(jobs));
-    ASSERT_TRUE(window->create(SW_HIDE));
+class MainWindowChildren : public ::testing::Test {
+protected:
+    void SetUp() override {
+        w_.signIn("demo");
+        w_.answerRefreshes(LibraryResult{true, {}, {}});
+        ASSERT_TRUE(w_.open());
+    }
+    bool waitForNo(ChildKind kind) {
+        return test::pumpUntil([&] { return w_->childWindow(kind) == nullptr; }, 2000);
+    }
+    test::MainWindowUnderTest w_;
+};
+
+TEST_F(MainWindowChildren, TheHotkeyTogglesTheOverlayOnlyWhileAGameIsTracked) {
     const auto pressHotkey = [&] {
-        SendMessageW(window->hwnd(), WM_HOTKEY, kOverlayHotkeyId, MAKELPARAM(MOD_SHIFT, VK_TAB));
+        SendMessageW(w_->hwnd(), WM_HOTKEY, kOverlayHotkeyId, MAKELPARAM(MOD_SHIFT, VK_TAB));
     };
     const auto overlays = [] { return test::windowsOfClass(OverlayWindow::kClassName).size(); };
 
     pressHotkey();
-    EXPECT_EQ(window->childWindow(ChildKind::Overlay), nullptr);
+    EXPECT_EQ(w_->childWindow(ChildKind::Overlay), nullptr);
     EXPECT_EQ(overlays(), 0u) << "no game, no overlay";
 
     const struct {
@@ -43,12 +41,12 @@ TEST(MainWindowOverlay, TheHotkeyTogglesTheOverlayOnlyWhileAGameIsTracked) {
         const wchar_t* shown;
     } games[] = {{"Ember Keep", L"Ember Keep"}, {"", L"In game"}};
     for (const auto& game : games) {
-        window->setTrackedGameForTest(TrackedGame{"t1", 2, game.title, GetTickCount64() - 61'000});
+        w_->setTrackedGameForTest(TrackedGame{"t1", 2, game.title, GetTickCount64() - 61'000});
         pressHotkey();
-        HWND overlay = window->childWindow(ChildKind::Overlay);
+        HWND overlay = w_->childWindow(ChildKind::Overlay);
         ASSERT_NE(overlay, nullptr);
         ASSERT_EQ(overlays(), 1u);
-        EXPECT_EQ(GetWindow(overlay, GW_OWNER), window->hwnd());
+        EXPECT_EQ(GetWindow(overlay, GW_OWNER), w_->hwnd());
         const OverlayWindow* shown = OverlayWindow::fromHandle(overlay);
         ASSERT_NE(shown, nullptr);
         EXPECT_EQ(shown->gameTitle(), game.shown);
@@ -57,30 +55,50 @@ TEST(MainWindowOverlay, TheHotkeyTogglesTheOverlayOnlyWhileAGameIsTracked) {
         pressHotkey();
         EXPECT_FALSE(IsWindow(overlay));
         EXPECT_EQ(overlays(), 0u);
-        EXPECT_TRUE(
-            test::pumpUntil([&] { return window->childWindow(ChildKind::Overlay) == nullptr; }, 2000));
+        EXPECT_TRUE(waitForNo(ChildKind::Overlay));
     }
 
     // Ended from inside (Esc): the next press opens a new one rather than closing a ghost.
     pressHotkey();
-    HWND overlay = window->childWindow(ChildKind::Overlay);
+    HWND overlay = w_->childWindow(ChildKind::Overlay);
     ASSERT_NE(overlay, nullptr);
     PostMessageW(overlay, WM_KEYDOWN, VK_ESCAPE, 0);
-    EXPECT_TRUE(test::pumpUntil([&] { return window->childWindow(ChildKind::Overlay) == nullptr; }, 2000));
+    EXPECT_TRUE(waitForNo(ChildKind::Overlay));
     EXPECT_EQ(overlays(), 0u);
 
     // The game ended: the overlay does not open again.
-    window->setTrackedGameForTest(TrackedGame{});
+    w_->setTrackedGameForTest(TrackedGame{});
     pressHotkey();
     EXPECT_EQ(overlays(), 0u);
 
     // One left open goes with the main window.
-    window->setTrackedGameForTest(TrackedGame{"t1", 2, "Ember Keep", GetTickCount64()});
+    w_->setTrackedGameForTest(TrackedGame{"t1", 2, "Ember Keep", GetTickCount64()});
     pressHotkey();
-    overlay = window->childWindow(ChildKind::Overlay);
+    overlay = w_->childWindow(ChildKind::Overlay);
     ASSERT_NE(overlay, nullptr);
-    DestroyWindow(window->hwnd());
+    DestroyWindow(w_->hwnd());
     EXPECT_FALSE(IsWindow(overlay));
+}
+
+TEST_F(MainWindowChildren, TheFriendsButtonOpensOneFriendsWindowThatReportsItsEnd) {
+    const auto pressFriends = [&] {
+        SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Friends, BN_CLICKED), 0);
+        return w_->childWindow(ChildKind::Friends);
+    };
+    HWND friends = pressFriends();
+    ASSERT_NE(friends, nullptr);
+    EXPECT_EQ(GetWindow(friends, GW_OWNER), w_->hwnd());
+    EXPECT_EQ(pressFriends(), friends);
+
+    DestroyWindow(friends);
+    EXPECT_TRUE(waitForNo(ChildKind::Friends));
+    friends = pressFriends();
+    ASSERT_NE(friends, nullptr);
+    EXPECT_TRUE(IsWindow(friends));
+
+    // The main window takes its friends window with it.
+    DestroyWindow(w_->hwnd());
+    EXPECT_FALSE(IsWindow(friends));
 }
 
 } // namespace

@@ -53,23 +53,21 @@ private:
     HWND hwnd_;
 };
 
-struct FakeClock {
-    std::shared_ptr<std::atomic<std::uint64_t>> tick =
-        std::make_shared<std::atomic<std::uint64_t>>(kLaunchTick);
-    std::function<std::uint64_t()> reader() const {
-        return [tick = tick] { return tick->load(); };
-    }
-};
+// The session clock, a fake one: it moves only when the test moves it.
+using FakeClock = std::shared_ptr<std::atomic<std::uint64_t>>;
+FakeClock fakeClock() {
+    return std::make_shared<std::atomic<std::uint64_t>>(kLaunchTick);
+}
 
-OverlayWindow* openOverlay(HWND owner, const FakeClock& clock, std::shared_ptr<IApiClient> api = nullptr,
-                           HWND game = nullptr) {
+OverlayWindow* openOverlay(HWND owner, const FakeClock& clock = fakeClock(),
+                           std::shared_ptr<IApiClient> api = nullptr, HWND game = nullptr) {
     OverlaySetup setup;
     setup.gameWindow = game;
     setup.owner = owner;
     setup.gameTitle = "Ember Keep";
     setup.launchTick = kLaunchTick;
     setup.api = std::move(api);
-    setup.clock = clock.reader();
+    setup.clock = [clock] { return clock->load(); };
     return OverlayWindow::open(GetModuleHandleW(nullptr), std::move(setup));
 }
 
@@ -96,8 +94,8 @@ LPARAM pointIn(const RECT& rect) {
 TEST(OverlayWindow, OpensOverTheWholeScreenWithItsTitleButtonsAndATickingClock) {
     applyTheme(chooseSkin(builtInSkins(), "dark"));
     RecordingOwner owner;
-    FakeClock clock;
-    clock.tick->store(kLaunchTick + 3'723'000);
+    const FakeClock clock = fakeClock();
+    clock->store(kLaunchTick + 3'723'000);
     OverlayWindow* overlay = openOverlay(owner.hwnd(), clock);
     ASSERT_NE(overlay, nullptr);
     HWND hwnd = overlay->hwnd();
@@ -143,7 +141,7 @@ TEST(OverlayWindow, OpensOverTheWholeScreenWithItsTitleButtonsAndATickingClock) 
     EXPECT_EQ(overlay->sessionText(), L"Session time 1:02:03");
     const RECT clockArea{rect.right / 2, 0, rect.right, quit.top};
     const std::vector<std::uint32_t> before = regionOf(frame, clockArea);
-    clock.tick->fetch_add(2000);
+    clock->fetch_add(2000);
     EXPECT_EQ(overlay->sessionText(), L"Session time 1:02:05");
     EXPECT_TRUE(test::pumpUntil([&] { return regionOf(overlay->frame(), clockArea) != before; }, 5000))
         << "the clock was not drawn again";
@@ -172,7 +170,7 @@ TEST(OverlayWindow, EveryWayOutReportsItsEndAndOnlyQuitGameStopsTheGame) {
         HWND game = CreateWindowExW(0, L"STATIC", L"game", WS_POPUP | WS_VISIBLE, 0, 0, 320, 200, nullptr,
                                     nullptr, GetModuleHandleW(nullptr), nullptr);
         SetForegroundWindow(game);
-        OverlayWindow* overlay = openOverlay(owner.hwnd(), FakeClock{}, nullptr, game);
+        OverlayWindow* overlay = openOverlay(owner.hwnd(), fakeClock(), nullptr, game);
         ASSERT_NE(overlay, nullptr);
         HWND hwnd = overlay->hwnd();
         EXPECT_EQ(GetForegroundWindow(), hwnd);
@@ -221,7 +219,7 @@ TEST(OverlayWindow, EveryWayOutReportsItsEndAndOnlyQuitGameStopsTheGame) {
 
 TEST(OverlayWindow, VoiceButtonsWorkOnlyWhileAVoiceChannelIsAttached) {
     RecordingOwner owner;
-    OverlayWindow* overlay = openOverlay(owner.hwnd(), FakeClock{});
+    OverlayWindow* overlay = openOverlay(owner.hwnd());
     ASSERT_NE(overlay, nullptr);
     HWND hwnd = overlay->hwnd();
     std::vector<std::string> calls;
@@ -277,7 +275,7 @@ TEST(OverlayWindow, TheFriendsListShowsWhoPlaysWhatFromTheService) {
 
     RecordingOwner owner;
     OverlayWindow* overlay =
-        openOverlay(owner.hwnd(), FakeClock{}, std::make_shared<WinHttpApiClient>(&me.settings));
+        openOverlay(owner.hwnd(), fakeClock(), std::make_shared<WinHttpApiClient>(&me.settings));
     ASSERT_NE(overlay, nullptr);
     EXPECT_EQ(overlay->friendsNotice(), L"Loading friends...");
     ASSERT_TRUE(test::pumpUntil([&] { return !overlay->friendRows().empty(); }, 10000));
@@ -290,7 +288,7 @@ TEST(OverlayWindow, TheFriendsListShowsWhoPlaysWhatFromTheService) {
 
     // A service failure is said in the list's place.
     scriptNextReply("/api/v1/me/friends", 503, "{\"error\":\"maintenance\"}");
-    overlay = openOverlay(owner.hwnd(), FakeClock{}, std::make_shared<WinHttpApiClient>(&me.settings));
+    overlay = openOverlay(owner.hwnd(), fakeClock(), std::make_shared<WinHttpApiClient>(&me.settings));
     ASSERT_NE(overlay, nullptr);
     ASSERT_TRUE(test::pumpUntil([&] { return overlay->friendsNotice() != L"Loading friends..."; }, 10000));
     EXPECT_TRUE(overlay->friendRows().empty());
