@@ -14,35 +14,16 @@
 namespace corvandell {
 namespace {
 
-struct NumberCase {
+// What is typed, the value stored when it is accepted, and the message when it is not ("").
+template <class Value> struct Case {
     std::string text;
-    int value;         // when valid
-    std::string error; // "" when valid
+    Value value;
+    std::string error;
 };
 
-TEST(OptionsInput, DownloadLimitIsAWholeNumberOfKbpsWithZeroOrNothingForNoLimit) {
-    const std::string notANumber = "The download limit must be a whole number of KB/s (0 for no limit).";
-    const std::string tooLarge = "The download limit can be at most 1000000 KB/s (0 for no limit).";
-    const std::vector<NumberCase> cases = {
-        {"", 0, ""},
-        {"   ", 0, ""},
-        {"0", 0, ""},
-        {"512", 512, ""},
-        {" 2048 ", 2048, ""},
-        {"000750", 750, ""},
-        {"1000000", 1000000, ""},
-        {"1000001", 0, tooLarge},
-        {"99999999999999999999999", 0, tooLarge},
-        {"-1", 0, notANumber},
-        {"+5", 0, notANumber},
-        {"1.5", 0, notANumber},
-        {"1,000", 0, notANumber},
-        {"fast", 0, notANumber},
-        {"12 34", 0, notANumber},
-        {"0x10", 0, notANumber},
-    };
+template <class Value, class Check> void expectCases(const std::vector<Case<Value>>& cases, Check check) {
     for (const auto& [text, value, error] : cases) {
-        const CheckedInput<int> checked = checkDownloadLimit(text);
+        const CheckedInput<Value> checked = check(text);
         EXPECT_EQ(checked.error, error) << "'" << text << "'";
         if (error.empty()) {
             EXPECT_EQ(checked.value, value) << "'" << text << "'";
@@ -50,19 +31,45 @@ TEST(OptionsInput, DownloadLimitIsAWholeNumberOfKbpsWithZeroOrNothingForNoLimit)
     }
 }
 
+TEST(OptionsInput, DownloadLimitIsAWholeNumberOfKbpsWithZeroOrNothingForNoLimit) {
+    const std::string notANumber = "The download limit must be a whole number of KB/s (0 for no limit).";
+    const std::string tooLarge = "The download limit can be at most 1000000 KB/s (0 for no limit).";
+    expectCases<int>(
+        {
+            {"", 0, ""},
+            {"   ", 0, ""},
+            {"0", 0, ""},
+            {"512", 512, ""},
+            {" 2048 ", 2048, ""},
+            {"000750", 750, ""},
+            {"1000000", 1000000, ""},
+            {"1000001", 0, tooLarge},
+            {"99999999999999999999999", 0, tooLarge},
+            {"-1", 0, notANumber},
+            {"+5", 0, notANumber},
+            {"1.5", 0, notANumber},
+            {"1,000", 0, notANumber},
+            {"fast", 0, notANumber},
+            {"12 34", 0, notANumber},
+            {"0x10", 0, notANumber},
+        },
+        &checkDownloadLimit);
+}
+
 TEST(OptionsInput, VolumesArePercentagesFromZeroToTwoHundred) {
     const std::string outOfRange = "The output volume must be a whole number from 0 to 200 (%).";
-    const std::vector<NumberCase> cases = {
-        {"0", 0, ""},          {"100", 100, ""},    {" 200", 200, ""},      {"201", 0, outOfRange},
-        {"-5", 0, outOfRange}, {"", 0, outOfRange}, {"50%", 0, outOfRange}, {"loud", 0, outOfRange},
-    };
-    for (const auto& [text, value, error] : cases) {
-        const CheckedInput<int> checked = checkVolume(text, "output");
-        EXPECT_EQ(checked.error, error) << "'" << text << "'";
-        if (error.empty()) {
-            EXPECT_EQ(checked.value, value) << "'" << text << "'";
-        }
-    }
+    expectCases<int>(
+        {
+            {"0", 0, ""},
+            {"100", 100, ""},
+            {" 200", 200, ""},
+            {"201", 0, outOfRange},
+            {"-5", 0, outOfRange},
+            {"", 0, outOfRange},
+            {"50%", 0, outOfRange},
+            {"loud", 0, outOfRange},
+        },
+        [](std::string_view text) { return checkVolume(text, "output"); });
 }
 
 std::string repeated(std::string_view text, int times) {
@@ -73,23 +80,6 @@ std::string repeated(std::string_view text, int times) {
     return out;
 }
 
-struct TextCase {
-    std::string text;
-    std::string value; // the stored form, when valid
-    std::string error; // "" when valid
-};
-
-void expectTextCases(const std::vector<TextCase>& cases,
-                     CheckedInput<std::string> (*check)(std::string_view)) {
-    for (const auto& [text, value, error] : cases) {
-        const CheckedInput<std::string> checked = check(text);
-        EXPECT_EQ(checked.error, error) << "'" << text << "'";
-        if (error.empty()) {
-            EXPECT_EQ(checked.value, value) << "'" << text << "'";
-        }
-    }
-}
-
 TEST(OptionsInput, ServiceAddressIsHttpsHostAndPortOnlyWithHttpKeptForThisComputer) {
     const std::string onlyOrigin = "The service address is only the scheme, host and port, such as "
                                    "https://api.example.com (no path, query or user name).";
@@ -98,7 +88,7 @@ TEST(OptionsInput, ServiceAddressIsHttpsHostAndPortOnlyWithHttpKeptForThisComput
                                   "(localhost), since every request carries your session.";
     const std::string noScheme =
         "The service address must start with https://, such as https://api.example.com.";
-    expectTextCases(
+    expectCases<std::string>(
         {
             {"https://api.corvandell.example", "https://api.corvandell.example", ""},
             {"  HTTPS://API.Example.COM/ ", "https://api.example.com", ""},
@@ -136,7 +126,7 @@ TEST(OptionsInput, ServiceAddressIsHttpsHostAndPortOnlyWithHttpKeptForThisComput
 TEST(OptionsInput, NicknameIsOneToThirtyTwoCharactersWithoutControlCharacters) {
     const std::string tooLong = "A nickname can be at most 32 characters.";
     const std::string control = "A nickname cannot contain control characters such as tabs or line breaks.";
-    expectTextCases(
+    expectCases<std::string>(
         {
             {"Ada", "Ada", ""},
             {"  Ada Lovelace  ", "Ada Lovelace", ""},
@@ -154,11 +144,6 @@ TEST(OptionsInput, NicknameIsOneToThirtyTwoCharactersWithoutControlCharacters) {
         &checkNickname);
 }
 
-struct FolderCase {
-    std::string text;
-    std::string error; // "" when valid
-};
-
 TEST(OptionsInput, LibraryFolderTextIsAFullWindowsPathWithNamesWindowsAccepts) {
     const std::string notFull = "The library folder must be a full path, such as C:\\Games.";
     const std::string badCharacter =
@@ -167,44 +152,45 @@ TEST(OptionsInput, LibraryFolderTextIsAFullWindowsPathWithNamesWindowsAccepts) {
     const std::string dots = "The library path cannot contain \".\" or \"..\"; write the folder out in full.";
     const std::string noShare =
         "A network library folder needs a server and a share, such as \\\\server\\games.";
-    const std::vector<FolderCase> cases = {
-        {"C:\\Games", ""},
-        {"d:/Corvandell/Games/", ""},
-        {"  E:\\Spiele\\Bibliothek  ", ""},
-        {"\\\\nas\\games\\corvandell", ""},
-        {"C:\\", ""},
-        {"C:\\Games\\Con Games", ""},
-        {"C:\\Games\\console", ""},
-        {"", "Choose a library folder."},
-        {"Games", notFull},
-        {"\\Games", notFull},
-        {"C:Games", notFull},
-        {"/home/user/Games", notFull},
-        {"\\\\nas", noShare},
-        {"\\\\\\share", noShare},
-        {"C:\\Ga?mes", badCharacter},
-        {"C:\\Games\\a|b", badCharacter},
-        {"C:\\Games\\x:y", badCharacter},
-        {"C:\\Games\\\"quoted\"", badCharacter},
-        {"C:\\Games\\tab\there", badCharacter},
-        {"C:\\Games \\More", badEnd},
-        {"C:\\Games\\More.", badEnd},
-        {"C:\\Games\\..\\Other", dots},
-        {"C:\\.\\Games", dots},
-        {"C:\\Games\\CON", "\"CON\" is a name Windows keeps for a device; choose another folder name."},
-        {"C:\\Games\\nul.txt",
-         "\"nul.txt\" is a name Windows keeps for a device; choose another folder name."},
-        {"C:\\Games\\com1", "\"com1\" is a name Windows keeps for a device; choose another folder name."},
-        {"C:\\Games\\LPT9\\x", "\"LPT9\" is a name Windows keeps for a device; choose another folder name."},
-        {"C:\\Games\\com0", ""},
+    const auto device = [](const std::string& name) {
+        return "\"" + name + "\" is a name Windows keeps for a device; choose another folder name.";
     };
-    for (const auto& [text, error] : cases) {
-        const CheckedInput<std::filesystem::path> checked = checkLibraryFolderText(text);
-        EXPECT_EQ(checked.error, error) << "'" << text << "'";
-        if (error.empty()) {
-            EXPECT_EQ(pathToUtf8(checked.value), std::string(trimAsciiBlanks(text))) << text;
-        }
-    }
+    // What is checked of a good path: the path kept is the text without its surrounding blanks.
+    expectCases<bool>(
+        {
+            {"C:\\Games", true, ""},
+            {"d:/Corvandell/Games/", true, ""},
+            {"  E:\\Spiele\\Bibliothek  ", true, ""},
+            {"\\\\nas\\games\\corvandell", true, ""},
+            {"C:\\", true, ""},
+            {"C:\\Games\\Con Games", true, ""},
+            {"C:\\Games\\console", true, ""},
+            {"C:\\Games\\com0", true, ""},
+            {"", false, "Choose a library folder."},
+            {"Games", false, notFull},
+            {"\\Games", false, notFull},
+            {"C:Games", false, notFull},
+            {"/home/user/Games", false, notFull},
+            {"\\\\nas", false, noShare},
+            {"\\\\\\share", false, noShare},
+            {"C:\\Ga?mes", false, badCharacter},
+            {"C:\\Games\\a|b", false, badCharacter},
+            {"C:\\Games\\x:y", false, badCharacter},
+            {"C:\\Games\\\"quoted\"", false, badCharacter},
+            {"C:\\Games\\tab\there", false, badCharacter},
+            {"C:\\Games \\More", false, badEnd},
+            {"C:\\Games\\More.", false, badEnd},
+            {"C:\\Games\\..\\Other", false, dots},
+            {"C:\\.\\Games", false, dots},
+            {"C:\\Games\\CON", false, device("CON")},
+            {"C:\\Games\\nul.txt", false, device("nul.txt")},
+            {"C:\\Games\\com1", false, device("com1")},
+            {"C:\\Games\\LPT9\\x", false, device("LPT9")},
+        },
+        [](std::string_view text) {
+            const CheckedInput<std::filesystem::path> checked = checkLibraryFolderText(text);
+            return CheckedInput<bool>{pathToUtf8(checked.value) == trimAsciiBlanks(text), checked.error};
+        });
 }
 
 TEST(OptionsInput, CreatingTheLibraryFolderMakesItsParentsAndExplainsAFileInTheWay) {

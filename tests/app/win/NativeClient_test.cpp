@@ -1,6 +1,7 @@
-// End to end: the real corvandell.exe as Windows users meet it. A second start hands over
-// to the running client whatever it is doing, and at 150% (LogPixels 144, read by Wine when
-// a process starts) the main window is laid out one and a half times as large.
+// End to end: the real corvandell.exe as Windows users meet it. Without a session it starts
+// at the sign-in window; a second start hands over to the running client whatever it is doing, and at 150%
+// (LogPixels 144, read by Wine when a process starts) the main window is laid out one and a half times as
+// large.
 //
 // Pictures of the main window at 100% and 150%, against the stand-in's demo library, taken
 // when a folder is given (the test runs either way):
@@ -9,20 +10,18 @@
 
 #include "app/SettingsFile.hpp"
 #include "app/win/Messages.hpp"
-#include "base/win/UniqueHandle.hpp"
+#include "auth/win/SignInWindow.hpp"
 #include "base/win/WideText.hpp"
-#include "support/TempFolder.hpp"
-#include "support/win/ClientUnderTest.hpp"
+#include "support/win/ClientFolders.hpp"
 #include "support/win/LinuxSide.hpp"
 #include "support/win/ServiceStandIn.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace corvandell::win {
 namespace {
@@ -34,32 +33,6 @@ namespace fs = std::filesystem;
 constexpr const char* kSignedInOffline =
     "{\"bearerToken\":\"cva_of_the_user\",\"apiBaseUrl\":\"http://127.0.0.1:9\"}";
 constexpr const char* kNoSession = "{\"apiBaseUrl\":\"http://127.0.0.1:9\"}";
-
-class NativeClientTest : public ::testing::Test {
-protected:
-    fs::path appData() const { return folder_.path() / "Roaming"; }
-    fs::path localAppData() const { return folder_.path() / "Local"; }
-    void writeSettings(const std::string& bytes) const {
-        folder_.writeFile(fs::path("Roaming") / "Corvandell" / "settings.json", bytes);
-    }
-    std::unique_ptr<test::ClientUnderTest> start(int showCommand = -1) const {
-        return std::make_unique<test::ClientUnderTest>(appData(), localAppData(), folder_.path(),
-                                                       showCommand);
-    }
-
-    test::TempFolder folder_;
-};
-
-bool waitUntil(const std::function<bool()>& done, DWORD timeoutMs) {
-    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
-    while (!done()) {
-        if (GetTickCount64() >= deadline) {
-            return false;
-        }
-        Sleep(20);
-    }
-    return true;
-}
 
 // The message-only window a client raises as soon as it holds its data folder.
 HWND beaconOf(DWORD processId) {
@@ -74,14 +47,20 @@ HWND beaconOf(DWORD processId) {
     return nullptr;
 }
 
-TEST_F(NativeClientTest, ASecondStartWhileTheFirstIsSigningInBringsTheSignInWindowBackAndExits0) {
-    writeSettings(kNoSession);
-    const auto first = start();
+TEST(NativeClient, ASecondStartWhileTheFirstIsSigningInBringsTheSignInWindowBackAndClosingItEndsTheClient) {
+    const test::ClientFolders user;
+    user.writeDataFile("settings.json", kNoSession);
+    const auto first = user.start();
     HWND signIn = first->waitForSignInWindow(30000);
-    ASSERT_NE(signIn, nullptr) << "the sign-in window never appeared";
+    ASSERT_NE(signIn, nullptr) << "without a session the sign-in window comes first";
+    RECT area{};
+    GetClientRect(signIn, &area);
+    EXPECT_EQ(area.right, 460);
+    EXPECT_EQ(area.bottom, 632);
+    EXPECT_EQ(test::windowTextOf(GetDlgItem(signIn, signin::DeviceKey)), L"Sign in with this device's key");
     // There is no main window yet: the request must still reach the client.
     // Again until it holds: the client may still be inside its own first ShowWindow.
-    ASSERT_TRUE(waitUntil(
+    ASSERT_TRUE(test::waitUntil(
         [&] {
             ShowWindow(signIn, SW_MINIMIZE);
             Sleep(100);
@@ -89,29 +68,28 @@ TEST_F(NativeClientTest, ASecondStartWhileTheFirstIsSigningInBringsTheSignInWind
         },
         5000));
 
-    const auto second = start();
-    EXPECT_EQ(second->waitForExit(20000), 0u) << "the second client did not step aside";
-    EXPECT_TRUE(waitUntil([&] { return !IsIconic(signIn) && IsWindowVisible(signIn); }, 5000))
+    EXPECT_EQ(user.start()->waitForExit(20000), 0u) << "the second client did not step aside";
+    EXPECT_TRUE(test::waitUntil([&] { return !IsIconic(signIn) && IsWindowVisible(signIn); }, 5000))
         << "the sign-in window stayed minimised";
-
     PostMessageW(signIn, WM_CLOSE, 0, 0);
-    EXPECT_EQ(first->waitForExit(20000), 0u);
+    EXPECT_EQ(first->waitForExit(20000), 0u) << "closing the sign-in window ends the client";
+    EXPECT_EQ(parseSettings(user.readDataFile("settings.json"), {}).bearerToken, "");
 }
 
-TEST_F(NativeClientTest, AClientStartedMinimisedComesForwardWhenStartedAgainAtOnce) {
-    writeSettings(kSignedInOffline);
+TEST(NativeClient, AClientStartedMinimisedComesForwardWhenStartedAgainAtOnce) {
+    const test::ClientFolders user;
+    user.writeDataFile("settings.json", kSignedInOffline);
     // As a shortcut set to "Run: Minimised" starts it, then the user, impatient, again.
-    const auto first = start(SW_SHOWMINNOACTIVE);
-    ASSERT_TRUE(waitUntil([&] { return beaconOf(first->processId()) != nullptr; }, 30000))
+    const auto first = user.start(SW_SHOWMINNOACTIVE);
+    ASSERT_TRUE(test::waitUntil([&] { return beaconOf(first->processId()) != nullptr; }, 30000))
         << "the client never claimed its data folder";
-    const auto second = start();
-    EXPECT_EQ(second->waitForExit(20000), 0u) << "the second client did not step aside";
+    EXPECT_EQ(user.start()->waitForExit(20000), 0u) << "the second client did not step aside";
 
     HWND window = first->waitForWindow(30000);
     ASSERT_NE(window, nullptr) << "the client's main window never appeared";
-    EXPECT_TRUE(waitUntil([&] { return !IsIconic(window); }, 10000)) << "the main window stayed minimised";
-    ASSERT_TRUE(test::chooseExitFromTrayMenu(window, first->processId())) << "no tray menu opened";
-    EXPECT_EQ(first->waitForExit(20000), 0u);
+    EXPECT_TRUE(test::waitUntil([&] { return !IsIconic(window); }, 10000))
+        << "the main window stayed minimised";
+    test::exitFromTrayMenu(*first, window);
     EXPECT_EQ(beaconOf(first->processId()), nullptr);
 }
 
@@ -143,7 +121,7 @@ private:
     std::optional<DWORD> previous_;
 };
 
-SIZE sizeOf(HWND window) {
+std::pair<LONG, LONG> sizeOf(HWND window) {
     RECT rect{};
     GetWindowRect(window, &rect);
     return {rect.right - rect.left, rect.bottom - rect.top};
@@ -165,71 +143,45 @@ void saveScreenshot(HWND window, const std::string& name) {
                                     geometry + " +repage '" + folder + "/" + name + ".png'"));
 }
 
-struct Measured {
-    bool isPerMonitorAware = false;
-    SIZE refresh{};
-    SIZE search{};
-    SIZE status{};
-};
-
-Measured measureMainWindow(const test::TempFolder& folder, DWORD dpi) {
-    const LogPixels pixels(dpi);
-    const fs::path roaming = "Roaming" + std::to_string(dpi);
-    Settings settings = signedInSettings("demo");
-    settings.refreshToken.clear(); // a stored session goes straight to the library
-    folder.writeFile(roaming / "Corvandell" / "settings.json", formatSettings(settings));
-
-    test::ClientUnderTest client(folder.path() / roaming, folder.path() / "Local", folder.path());
-    HWND window = client.waitForWindow(30000);
-    if (window == nullptr) {
-        ADD_FAILURE() << "the client's main window never appeared at " << dpi;
-        return {};
-    }
-    // Measured once the window has laid itself out and filled the list.
-    EXPECT_TRUE(test::waitForStatusLine(window, L"Library refreshed.", 30000))
-        << "status: " << narrow(test::statusLineOf(window));
-    Measured measured;
-    measured.isPerMonitorAware = GetAwarenessFromDpiAwarenessContext(GetWindowDpiAwarenessContext(window)) ==
-                                 DPI_AWARENESS_PER_MONITOR_AWARE;
-    measured.refresh = sizeOf(GetDlgItem(window, command::Refresh));
-    measured.search = sizeOf(GetDlgItem(window, command::Search));
-    measured.status = sizeOf(GetDlgItem(window, control::Status));
-    // The same 820 x 640 at 96 dots per inch in both pictures, so they compare.
-    RECT frame{0, 0, MulDiv(820, static_cast<int>(dpi), 96), MulDiv(640, static_cast<int>(dpi), 96)};
-    AdjustWindowRectExForDpi(&frame, WS_OVERLAPPEDWINDOW, FALSE, 0, dpi);
-    SetWindowPos(window, nullptr, 0, 0, frame.right - frame.left, frame.bottom - frame.top, SWP_NOZORDER);
-    saveScreenshot(window, "main-window-" + std::to_string(dpi * 100 / 96) + "-percent");
-    EXPECT_TRUE(test::chooseExitFromTrayMenu(window, client.processId())) << "no tray menu opened";
-    EXPECT_EQ(client.waitForExit(20000), 0u);
-    return measured;
-}
-
-TEST_F(NativeClientTest, AtOneHundredFiftyPercentTheMainWindowIsLaidOutOneAndAHalfTimesAsLarge) {
+TEST(NativeClient, AtOneHundredFiftyPercentTheMainWindowIsLaidOutOneAndAHalfTimesAsLarge) {
     // Windows shows a window of a DPI-aware process to a DPI-unaware one at 96 dots per
     // inch, sizes included; this thread must see the pixels as they are.
     const DPI_AWARENESS_CONTEXT previous =
         SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
-    const Measured normal = measureMainWindow(folder_, 96);
-    const Measured large = measureMainWindow(folder_, 144);
-    // Without the manifest's awareness Windows would stretch a 96-dpi window instead.
-    EXPECT_TRUE(normal.isPerMonitorAware);
-    EXPECT_TRUE(large.isPerMonitorAware) << "the manifest's per-monitor awareness did not take";
-    EXPECT_EQ(normal.refresh.cx, 90);
-    EXPECT_EQ(normal.refresh.cy, 30);
-    EXPECT_EQ(large.refresh.cx, 135);
-    EXPECT_EQ(large.refresh.cy, 45);
-    EXPECT_EQ(large.search.cx, 390);
-    EXPECT_EQ(large.search.cy, 45);
-    EXPECT_EQ(normal.status.cy, 20);
-    EXPECT_EQ(large.status.cy, 30);
+    const struct {
+        DWORD dpi;
+        std::pair<LONG, LONG> refresh;
+        std::pair<LONG, LONG> search;
+        LONG statusHeight;
+    } cases[] = {{96, {90, 30}, {260, 30}, 20}, {144, {135, 45}, {390, 45}, 30}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.dpi);
+        const LogPixels pixels(c.dpi);
+        const test::ClientFolders user;
+        Settings settings = signedInSettings("demo");
+        settings.refreshToken.clear(); // a stored session goes straight to the library
+        user.writeDataFile("settings.json", formatSettings(settings));
+        const auto client = user.start();
+        HWND window = client->waitForWindow(30000);
+        ASSERT_NE(window, nullptr) << "the client's main window never appeared";
+        // Measured once the window has laid itself out and filled the list.
+        EXPECT_TRUE(test::waitForStatusLine(window, L"Library refreshed.", 30000))
+            << "status: " << narrow(test::statusLineOf(window));
+        // Without the manifest's awareness Windows would stretch a 96-dpi window instead.
+        EXPECT_EQ(GetAwarenessFromDpiAwarenessContext(GetWindowDpiAwarenessContext(window)),
+                  DPI_AWARENESS_PER_MONITOR_AWARE);
+        EXPECT_EQ(sizeOf(GetDlgItem(window, command::Refresh)), c.refresh);
+        EXPECT_EQ(sizeOf(GetDlgItem(window, command::Search)), c.search);
+        EXPECT_EQ(sizeOf(GetDlgItem(window, control::Status)).second, c.statusHeight);
+        // The same 820 x 640 at 96 dots per inch in both pictures, so they compare.
+        RECT frame{0, 0, MulDiv(820, static_cast<int>(c.dpi), 96), MulDiv(640, static_cast<int>(c.dpi), 96)};
+        AdjustWindowRectExForDpi(&frame, WS_OVERLAPPEDWINDOW, FALSE, 0, c.dpi);
+        SetWindowPos(window, nullptr, 0, 0, frame.right - frame.left, frame.bottom - frame.top, SWP_NOZORDER);
+        saveScreenshot(window, "main-window-" + std::to_string(c.dpi * 100 / 96) + "-percent");
+        test::exitFromTrayMenu(*client, window);
+    }
     SetThreadDpiAwarenessContext(previous);
 }
-
-} // namespace
-} // namespace corvandell::win
-
-namespace corvandell::win {
-namespace {
 
 // Run by tests/support/installer-test inside the fresh Wine prefix it installed the client
 // into, never by the suite itself: CORVANDELL_INSTALLED_CLIENT names the installed exe.
@@ -242,8 +194,7 @@ TEST(InstalledClient, DISABLED_StartsFromItsInstallFolderAndExitsCleanly) {
     ASSERT_TRUE(client.isStarted()) << "error " << GetLastError();
     HWND window = client.waitForWindow(30000);
     ASSERT_NE(window, nullptr) << "the installed client's main window never appeared";
-    ASSERT_TRUE(test::chooseExitFromTrayMenu(window, client.processId())) << "no tray menu opened";
-    EXPECT_EQ(client.waitForExit(20000), 0u);
+    test::exitFromTrayMenu(client, window);
 }
 
 } // namespace

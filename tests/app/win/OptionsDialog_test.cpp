@@ -95,10 +95,6 @@ void showTabOf(HWND dialog, Tab tab) {
     SendMessageW(dialog, WM_NOTIFY, kTabStrip, reinterpret_cast<LPARAM>(&header));
 }
 
-int shownTab(HWND dialog) {
-    return TabCtrl_GetCurSel(GetDlgItem(dialog, kTabStrip));
-}
-
 int skinIndex(const std::string& id) {
     const std::vector<Skin> skins = builtInSkins();
     for (size_t i = 0; i < skins.size(); ++i) {
@@ -182,14 +178,8 @@ TEST_F(OptionsDialogTest, EverySettingGoesThroughOkIntoSettingsJsonAndBackIntoTh
     EXPECT_EQ(savedSettings(), expected) << "Cancel writes nothing";
 }
 
-struct BadEntry {
-    int controlId;
-    std::wstring text;
-    std::string message; // the whole message, or its start when `isPrefix`
-    Tab tab;
-    bool isPrefix = false;
-};
-
+// Every field's own rules are tested on the checks themselves (OptionsInput_test); here, one
+// refused entry per field shows how the dialog deals with any of them.
 TEST_F(OptionsDialogTest, ABadEntryIsNamedOnItsTabAndChangesNeitherTheFileNorTheClient) {
     Settings before = defaultSettings(paths_.defaultLibraryFolder);
     before.apiBaseUrl = "https://api.example.test";
@@ -197,56 +187,52 @@ TEST_F(OptionsDialogTest, ABadEntryIsNamedOnItsTabAndChangesNeitherTheFileNorThe
     const std::string fileBefore = settingsFileBytes();
     const std::filesystem::path blocked = folder_.writeFile("blocker", "a file, not a folder") / "Games";
 
-    const std::vector<BadEntry> entries = {
+    const struct {
+        int id;
+        std::wstring text;
+        std::string message; // its start only, for the library folder that cannot be created
+        Tab tab;
+    } entries[] = {
         {kServiceAddress, L"http://api.example.test",
          "Use an https:// address: plain http is allowed only for this computer (localhost), since every "
          "request carries your session.",
          Tab::Connection},
-        {kServiceAddress, L"https://api.example.test/v1",
-         "The service address is only the scheme, host and port, such as https://api.example.com (no path, "
-         "query or user name).",
-         Tab::Connection},
         {kLibraryFolder, L"Games", "The library folder must be a full path, such as C:\\Games.",
          Tab::Downloads},
-        {kLibraryFolder, L"C:\\Games\\a|b",
-         "A folder name in the library path cannot contain any of < > : \" | ? * or control characters.",
-         Tab::Downloads},
         {kLibraryFolder, blocked.wstring(),
-         "The library folder \"" + pathToUtf8(blocked) + "\" could not be created: ", Tab::Downloads, true},
+         "The library folder \"" + pathToUtf8(blocked) + "\" could not be created: ", Tab::Downloads},
         {kDownloadLimit, L"fast", "The download limit must be a whole number of KB/s (0 for no limit).",
-         Tab::Downloads},
-        {kDownloadLimit, L"5000000", "The download limit can be at most 1000000 KB/s (0 for no limit).",
          Tab::Downloads},
         {kInputVolume, L"250", "The input volume must be a whole number from 0 to 200 (%).", Tab::Voice},
         {kOutputVolume, L"-3", "The output volume must be a whole number from 0 to 200 (%).", Tab::Voice},
     };
     HWND dialog = pressOptions();
     ASSERT_NE(dialog, nullptr);
-    for (const BadEntry& entry : entries) {
+    for (const auto& entry : entries) {
         SCOPED_TRACE(pathToUtf8(std::filesystem::path(entry.text)));
         showTabOf(dialog, Tab::Profile); // the problem's tab must come forward
-        const std::wstring good = textOf(dialog, entry.controlId);
+        const std::wstring good = textOf(dialog, entry.id);
         // A good change elsewhere must not be applied either.
-        setText(dialog, kDownloadLimit == entry.controlId ? kInputVolume : kDownloadLimit,
-                kDownloadLimit == entry.controlId ? L"90" : L"64");
-        setText(dialog, entry.controlId, entry.text);
-        press(dialog, entry.controlId == kDownloadLimit ? kApplyButton : IDOK);
+        const bool isLimit = entry.id == kDownloadLimit;
+        setText(dialog, isLimit ? kInputVolume : kDownloadLimit, isLimit ? L"90" : L"64");
+        setText(dialog, entry.id, entry.text);
+        press(dialog, isLimit ? kApplyButton : IDOK);
 
         ASSERT_TRUE(IsWindow(dialog)) << "a bad entry keeps the dialog open";
-        const std::string message = narrow(hwndText(GetDlgItem(dialog, kMessageLine)));
-        if (entry.isPrefix) {
-            EXPECT_EQ(message.substr(0, entry.message.size()), entry.message);
+        const std::string message = narrow(textOf(dialog, kMessageLine));
+        if (entry.text == blocked.wstring()) {
+            EXPECT_TRUE(message.starts_with(entry.message)) << message;
             EXPECT_GT(message.size(), entry.message.size() + 1) << "the reason is given";
         } else {
             EXPECT_EQ(message, entry.message);
         }
-        EXPECT_EQ(shownTab(dialog), static_cast<int>(entry.tab));
-        EXPECT_TRUE(IsWindowVisible(GetDlgItem(dialog, entry.controlId)));
-        EXPECT_EQ(GetFocus(), GetDlgItem(dialog, entry.controlId));
+        EXPECT_EQ(TabCtrl_GetCurSel(GetDlgItem(dialog, kTabStrip)), static_cast<int>(entry.tab));
+        EXPECT_TRUE(IsWindowVisible(GetDlgItem(dialog, entry.id)));
+        EXPECT_EQ(GetFocus(), GetDlgItem(dialog, entry.id));
         EXPECT_EQ(settingsFileBytes(), fileBefore);
         EXPECT_EQ(window_->settings(), before);
 
-        setText(dialog, entry.controlId, good);
+        setText(dialog, entry.id, good);
         setText(dialog, kDownloadLimit, L"0");
         setText(dialog, kInputVolume, L"100");
     }

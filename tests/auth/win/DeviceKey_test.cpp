@@ -11,16 +11,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <string>
+#include <vector>
 
 namespace corvandell::win {
 namespace {
-
-std::string fileBytes(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 struct Unsealed {
     bool ok = false;
@@ -69,7 +64,7 @@ TEST(DeviceKey, EnsureCreatesTheSealedFileAndASecondKeyLoadsTheSameKey) {
     EXPECT_EQ(first.publicKeyText(), text);
 
     // The file is the sealed private export and nothing else.
-    const Unsealed plain = unseal(fileBytes(dataFolder / "device_key.bin"));
+    const Unsealed plain = unseal(test::readTestFile(dataFolder / "device_key.bin"));
     ASSERT_TRUE(plain.ok);
     EXPECT_EQ(plain.description, L"Corvandell device key");
     ASSERT_EQ(plain.bytes.size(), sizeof(BCRYPT_ECCKEY_BLOB) + 3 * 32);
@@ -92,7 +87,7 @@ TEST(DeviceKey, AnUnusableFileIsReplacedByANewKeyAndNothingElseIsTouched) {
     const test::TempFolder reference;
     DeviceKey original;
     ASSERT_TRUE(original.create(reference.path()));
-    const std::string goodFile = fileBytes(reference.path() / "device_key.bin");
+    const std::string goodFile = test::readTestFile(reference.path() / "device_key.bin");
     std::string flipped = goodFile;
     flipped[flipped.size() / 2] = static_cast<char>(flipped[flipped.size() / 2] ^ 0x40);
 
@@ -117,7 +112,7 @@ TEST(DeviceKey, AnUnusableFileIsReplacedByANewKeyAndNothingElseIsTouched) {
         DeviceKey reloaded;
         ASSERT_TRUE(reloaded.load(folder.path())) << c.name << ": the file now holds the new key";
         EXPECT_EQ(reloaded.publicKeyText(), key.publicKeyText()) << c.name;
-        EXPECT_EQ(fileBytes(folder.path() / "settings.json"), "{\"keep\":true}") << c.name;
+        EXPECT_EQ(test::readTestFile(folder.path() / "settings.json"), "{\"keep\":true}") << c.name;
         EXPECT_EQ(folder.entryNames(), (std::vector<std::string>{"device_key.bin", "settings.json"}))
             << c.name;
     }
@@ -161,21 +156,12 @@ TEST(DeviceKey, OpenSslVerifiesItsSignaturesOverTheCanonicalPayload) {
     }
     const std::string dir = test::linuxPathOf(folder.path());
     ASSERT_FALSE(dir.empty());
-    const std::string prepare = "cd '" + dir +
-                                "' && base64 -d point.b64 > point.bin && cat spki-head.bin point.bin > "
-                                "pub.der && for i in $(seq 0 " +
-                                std::to_string(kSignatures - 1) +
-                                "); do base64 -d sig$i.b64 > sig$i.der || exit 1; done";
-    ASSERT_TRUE(test::runLinuxShell(prepare));
-    const std::string verifyAll =
-        "cd '" + dir + "' && for i in $(seq 0 " + std::to_string(kSignatures - 1) +
-        "); do openssl dgst -sha256 -verify pub.der -keyform DER -signature sig$i.der "
-        "payload.txt >/dev/null || exit 1; done";
-    EXPECT_TRUE(test::runLinuxShell(verifyAll));
-    EXPECT_FALSE(
-        test::runLinuxShell("cd '" + dir +
-                            "' && openssl dgst -sha256 -verify pub.der -keyform DER -signature sig0.der "
-                            "other.txt >/dev/null"));
+    const std::string verify = "openssl dgst -sha256 -verify pub.der -keyform DER -signature";
+    EXPECT_TRUE(test::runLinuxShell(
+        "cd '" + dir + "' && base64 -d point.b64 | cat spki-head.bin - > pub.der && " + "for i in $(seq 0 " +
+        std::to_string(kSignatures - 1) + "); do " + "base64 -d sig$i.b64 > sig$i.der && " + verify +
+        " sig$i.der payload.txt >/dev/null || exit 1; done"));
+    EXPECT_FALSE(test::runLinuxShell("cd '" + dir + "' && " + verify + " sig0.der other.txt >/dev/null"));
 }
 
 } // namespace

@@ -1,22 +1,21 @@
 // The sign-in window against the service stand-in: each way in, end to end over loopback,
 // with the real device key, the real loopback listener driven by curl from Linux, and the
-// settings file written by the client's own saving code.
+// settings file written by the client's own saving code. A linked key's sign-in is driven
+// through the whole client in SignInStartup_test.
 #include <windows.h>
 
-#include "api/JsonText.hpp"
 #include "app/SettingsFile.hpp"
 #include "app/win/ThemeHook.hpp"
 #include "auth/SignInAddress.hpp"
 #include "auth/win/SignInWindow.hpp"
 #include "base/win/WideText.hpp"
 #include "support/TempFolder.hpp"
+#include "support/win/LinkedDeviceKey.hpp"
 #include "support/win/LinuxSide.hpp"
 #include "support/win/MessagePump.hpp"
 #include "support/win/ServiceStandIn.hpp"
 
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace corvandell::win {
 namespace {
@@ -26,27 +25,6 @@ namespace fs = std::filesystem;
 constexpr DWORD kNetworkWaitMs = 20000;
 // Polling runs every 5 seconds; one round and a margin.
 constexpr DWORD kPollWaitMs = 15000;
-
-std::string uniqueName(const std::string& prefix) {
-    return prefix + std::to_string(std::random_device()() % 100000000);
-}
-
-// The link of the last verification mail the stand-in wrote to `email`.
-std::string mailedLink(const std::string& email) {
-    std::string link;
-    for (const std::string& item : readObjectList(callStandIn("GET", "/__test/outbox"), "items")) {
-        if (readString(item, "to") == email) {
-            link = readString(item, "link");
-        }
-    }
-    return link;
-}
-
-// The path and query of a link to the stand-in.
-std::string pathOf(const std::string& link) {
-    const std::size_t hostStart = link.find("//");
-    return link.substr(link.find('/', hostStart == std::string::npos ? 0 : hostStart + 2));
-}
 
 class SignInWindowTest : public ::testing::Test {
 protected:
@@ -67,7 +45,6 @@ protected:
         EXPECT_TRUE(window->create(SW_SHOWNORMAL));
         return window;
     }
-
     fs::path dataFolder() const { return folder_.path() / "Corvandell"; }
 
     static void click(const SignInWindow& window, int id) {
@@ -77,14 +54,14 @@ protected:
         SetWindowTextW(window.control(id), widen(text).c_str());
     }
     static std::wstring text(const SignInWindow& window, int id) { return hwndText(window.control(id)); }
+    static std::wstring status(const SignInWindow& window) { return text(window, signin::Status); }
     static bool isShown(const SignInWindow& window, int id) {
         return (GetWindowLongW(window.control(id), GWL_STYLE) & WS_VISIBLE) != 0;
     }
-    static bool waitForStatus(const SignInWindow& window, const std::wstring& startingWith, DWORD timeoutMs) {
-        return test::pumpUntil([&] { return text(window, signin::Status).starts_with(startingWith); },
-                               timeoutMs);
+    static bool waitForStatus(const SignInWindow& window, const std::wstring& startingWith) {
+        return test::pumpUntil([&] { return status(window).starts_with(startingWith); }, kNetworkWaitMs);
     }
-    static bool waitForEnd(const SignInWindow& window, DWORD timeoutMs) {
+    static bool waitForEnd(const SignInWindow& window, DWORD timeoutMs = kNetworkWaitMs) {
         return test::pumpUntil([&] { return window.hwnd() == nullptr; }, timeoutMs);
     }
 
@@ -93,24 +70,21 @@ protected:
         return parseSettings(file.load(), {});
     }
 
-    // Links this folder's device key to the account of `email` the way a user would, by the
-    // mailed link, outside the window.
-    void linkDeviceKey(const std::string& email) {
-        DeviceKey key;
-        ASSERT_TRUE(key.ensure(dataFolder()));
-        ProbeClient client(&settings_);
-        client.registerKey(email, "ECDSA-P256", key.publicKeyText());
-        const std::string link = mailedLink(email);
-        ASSERT_FALSE(link.empty());
-        ASSERT_FALSE(client.verifyKeyRegistration(verificationTokenFromLink(link)).accessToken.empty());
-    }
-
-    // The signed-in session really is the account's: the service names its user.
-    std::string userOfSession(const std::string& accessToken) const {
+    // The window ends signed in as `user`, with a session the service knows as that user's,
+    // and settings.json holds it.
+    void expectSignedInAs(const SignInWindow& window, const std::string& user,
+                          DWORD timeoutMs = kNetworkWaitMs) {
+        ASSERT_TRUE(waitForEnd(window, timeoutMs)) << narrow(status(window));
+        EXPECT_EQ(window.result(), SignInResult::SignedIn);
+        EXPECT_EQ(settings_.username, user);
         Settings probe;
         probe.apiBaseUrl = settings_.apiBaseUrl;
-        probe.bearerToken = accessToken;
-        return ProbeClient(&probe).getMe().username;
+        probe.bearerToken = settings_.bearerToken;
+        EXPECT_EQ(ProbeClient(&probe).getMe().username, user);
+        const Settings saved = savedSettings();
+        EXPECT_EQ(saved.bearerToken, settings_.bearerToken);
+        EXPECT_EQ(saved.refreshToken, settings_.refreshToken);
+        EXPECT_EQ(saved.username, user);
     }
 
     test::TempFolder folder_;
@@ -119,43 +93,27 @@ protected:
     std::vector<std::wstring> browserAddresses_;
 };
 
-TEST_F(SignInWindowTest, ALinkedDeviceKeySignsInAndTheSettingsFileHoldsTheSession) {
-    const std::string user = uniqueName("keyholder");
-    linkDeviceKey(user + "@corvandell.test");
+TEST_F(SignInWindowTest, AKeyNotLinkedYetShowsTheEmailGroupAndAPastedLinkSignsIn) {
+    const std::string user = test::uniqueName("paster");
+    const std::string email = user + "@corvandell.test";
     auto window = open();
-    EXPECT_EQ(text(*window, signin::Status), L"") << "nothing is tried without a refresh token";
-    click(*window, signin::DeviceKey);
-    EXPECT_TRUE(isShown(*window, signin::EmailEdit));
-    ASSERT_TRUE(waitForEnd(*window, kNetworkWaitMs)) << narrow(text(*window, signin::Status));
-
-    EXPECT_EQ(window->result(), SignInResult::SignedIn);
-    EXPECT_EQ(settings_.username, user);
-    EXPECT_EQ(userOfSession(settings_.bearerToken), user);
-    const Settings saved = savedSettings();
-    EXPECT_EQ(saved.bearerToken, settings_.bearerToken);
-    EXPECT_EQ(saved.refreshToken, settings_.refreshToken);
-    EXPECT_FALSE(saved.refreshToken.empty());
-    EXPECT_EQ(saved.username, user);
-}
-
-TEST_F(SignInWindowTest, AKeyNotLinkedYetShowsTheEmailGroupAndSaysWhy) {
-    auto window = open();
-    for (const int id :
-         {signin::KeyPrompt, signin::EmailEdit, signin::SendLink, signin::LinkEdit, signin::Verify}) {
+    const int emailGroup[] = {signin::KeyPrompt, signin::EmailEdit, signin::SendLink,
+                              signin::LinkLabel, signin::LinkEdit,  signin::Verify};
+    for (const int id : emailGroup) {
         EXPECT_FALSE(isShown(*window, id)) << id;
     }
+    EXPECT_EQ(status(*window), L"") << "nothing is tried without a refresh token";
     click(*window, signin::DeviceKey);
+    EXPECT_TRUE(isShown(*window, signin::EmailEdit));
     EXPECT_EQ(text(*window, signin::KeyPrompt),
               L"A key stored on this device signs you in without a\npassword. "
               L"Checking whether it is linked to an account...");
-    ASSERT_TRUE(waitForStatus(*window, L"Key sign-in did not succeed: ", kNetworkWaitMs))
-        << narrow(text(*window, signin::Status));
-    EXPECT_NE(text(*window, signin::Status).find(L"key_not_registered"), std::wstring::npos);
+    ASSERT_TRUE(waitForStatus(*window, L"Key sign-in did not succeed: ")) << narrow(status(*window));
+    EXPECT_NE(status(*window).find(L"key_not_registered"), std::wstring::npos);
     EXPECT_EQ(text(*window, signin::KeyPrompt),
               L"This key is not linked to an account yet. Enter your\naccount "
               L"email and send yourself a verification link:");
-    for (const int id : {signin::KeyPrompt, signin::EmailEdit, signin::SendLink, signin::LinkLabel,
-                         signin::LinkEdit, signin::Verify}) {
+    for (const int id : emailGroup) {
         EXPECT_TRUE(isShown(*window, id)) << id;
     }
     EXPECT_FALSE(isShown(*window, signin::AddressEdit));
@@ -165,88 +123,70 @@ TEST_F(SignInWindowTest, AKeyNotLinkedYetShowsTheEmailGroupAndSaysWhy) {
     // The two checks made before anything is sent.
     type(*window, signin::EmailEdit, "no-at-sign");
     click(*window, signin::SendLink);
-    EXPECT_EQ(text(*window, signin::Status), L"Enter the email address on your account.");
+    EXPECT_EQ(status(*window), L"Enter the email address on your account.");
     type(*window, signin::LinkEdit, " \r\n");
     click(*window, signin::Verify);
-    EXPECT_EQ(text(*window, signin::Status), L"Paste the link from the verification email first.");
+    EXPECT_EQ(status(*window), L"Paste the link from the verification email first.");
+
+    // A link the service refuses, then the mailed one, pasted with blanks around it.
+    type(*window, signin::LinkEdit,
+         settings_.apiBaseUrl + "/api/v1/auth/public-key/verify?token=not-a-token");
+    click(*window, signin::Verify);
+    EXPECT_EQ(status(*window), L"Verifying...");
+    ASSERT_TRUE(waitForStatus(*window, L"Verification failed: Corvandell API HTTP 400"))
+        << narrow(status(*window));
+    type(*window, signin::EmailEdit, email);
+    click(*window, signin::SendLink);
+    ASSERT_TRUE(waitForStatus(*window, L"Verification email sent to "));
+    type(*window, signin::LinkEdit, "\t " + test::mailedLink(email) + "\r\n");
+    click(*window, signin::Verify);
+    expectSignedInAs(*window, user);
 }
 
 TEST_F(SignInWindowTest, OpeningTheMailedLinkFinishesSignInByPollingWithoutFurtherInput) {
-    const std::string user = uniqueName("mailer");
+    const std::string user = test::uniqueName("mailer");
     const std::string email = user + "@corvandell.test";
     auto window = open();
     click(*window, signin::DeviceKey);
-    ASSERT_TRUE(waitForStatus(*window, L"Key sign-in did not succeed: ", kNetworkWaitMs));
+    ASSERT_TRUE(waitForStatus(*window, L"Key sign-in did not succeed: ")) << narrow(status(*window));
     type(*window, signin::EmailEdit, email);
     click(*window, signin::SendLink);
     const std::wstring sent = L"Verification email sent to " + widen(email) +
                               L". Click the link in it - sign-in finishes here automatically.";
-    ASSERT_TRUE(waitForStatus(*window, sent, kNetworkWaitMs)) << narrow(text(*window, signin::Status));
-    const std::string link = mailedLink(email);
+    ASSERT_TRUE(waitForStatus(*window, sent)) << narrow(status(*window));
+    const std::string link = test::mailedLink(email);
     ASSERT_FALSE(link.empty()) << "no mail in the stand-in's outbox";
 
     // A polling round before the link is opened fails, quietly.
     ASSERT_TRUE(test::pumpUntil(
         [&] { return lastReceivedRequest().path == "/api/v1/auth/public-key/complete" && !window->isBusy(); },
         kPollWaitMs));
-    EXPECT_EQ(text(*window, signin::Status), sent);
+    EXPECT_EQ(status(*window), sent);
     EXPECT_FALSE(window->isSignedIn());
 
-    callStandIn("GET", pathOf(link)); // the user clicks the link in the mail
-    ASSERT_TRUE(waitForEnd(*window, kPollWaitMs)) << narrow(text(*window, signin::Status));
-    EXPECT_EQ(window->result(), SignInResult::SignedIn);
-    EXPECT_EQ(settings_.username, user);
-    EXPECT_EQ(savedSettings().bearerToken, settings_.bearerToken);
-    EXPECT_EQ(userOfSession(settings_.bearerToken), user);
-}
-
-TEST_F(SignInWindowTest, APastedVerificationLinkSignsInAndABadOneSaysWhy) {
-    const std::string user = uniqueName("paster");
-    const std::string email = user + "@corvandell.test";
-    auto window = open();
-    click(*window, signin::DeviceKey);
-    ASSERT_TRUE(waitForStatus(*window, L"Key sign-in did not succeed: ", kNetworkWaitMs));
-
-    type(*window, signin::LinkEdit,
-         settings_.apiBaseUrl + "/api/v1/auth/public-key/verify?token=not-a-token");
-    click(*window, signin::Verify);
-    EXPECT_EQ(text(*window, signin::Status), L"Verifying...");
-    ASSERT_TRUE(waitForStatus(*window, L"Verification failed: Corvandell API HTTP 400", kNetworkWaitMs))
-        << narrow(text(*window, signin::Status));
-
-    type(*window, signin::EmailEdit, email);
-    click(*window, signin::SendLink);
-    ASSERT_TRUE(waitForStatus(*window, L"Verification email sent to ", kNetworkWaitMs));
-    type(*window, signin::LinkEdit, "\t " + mailedLink(email) + "\r\n");
-    click(*window, signin::Verify);
-    ASSERT_TRUE(waitForEnd(*window, kNetworkWaitMs));
-    EXPECT_EQ(window->result(), SignInResult::SignedIn);
-    EXPECT_EQ(settings_.username, user);
-    EXPECT_EQ(userOfSession(settings_.bearerToken), user);
+    // The user clicks the link in the mail: its path and query, to the stand-in.
+    callStandIn("GET", link.substr(link.find('/', link.find("//") + 2)));
+    expectSignedInAs(*window, user, kPollWaitMs);
 }
 
 TEST_F(SignInWindowTest, TheSavedSessionIsRenewedWithItsRefreshTokenUnlessItExpired) {
-    const std::string user = uniqueName("returning");
+    const std::string user = test::uniqueName("returning");
     const Settings fresh = signedInSettings(user);
     settings_.bearerToken = fresh.bearerToken;
     settings_.refreshToken = fresh.refreshToken;
     {
         auto window = open();
-        EXPECT_EQ(text(*window, signin::Status), L"Restoring your session...");
-        ASSERT_TRUE(waitForEnd(*window, kNetworkWaitMs)) << narrow(text(*window, signin::Status));
-        EXPECT_EQ(window->result(), SignInResult::SignedIn);
+        EXPECT_EQ(status(*window), L"Restoring your session...");
+        expectSignedInAs(*window, user);
     }
     EXPECT_NE(settings_.refreshToken, fresh.refreshToken) << "a restore rotates the pair";
-    EXPECT_EQ(settings_.username, user);
-    EXPECT_EQ(userOfSession(settings_.bearerToken), user);
-    EXPECT_EQ(savedSettings().refreshToken, settings_.refreshToken);
 
     // Thirty-one days later the refresh token has expired too.
     const std::string renewed = settings_.refreshToken;
     advanceServiceClock(31 * 24 * 3600);
     auto window = open();
-    ASSERT_TRUE(waitForStatus(*window, L"Could not restore your session - sign in below.", kNetworkWaitMs))
-        << narrow(text(*window, signin::Status));
+    ASSERT_TRUE(waitForStatus(*window, L"Could not restore your session - sign in below."))
+        << narrow(status(*window));
     EXPECT_FALSE(window->isSignedIn());
     EXPECT_FALSE(window->isBusy());
     EXPECT_EQ(settings_.refreshToken, renewed);
@@ -258,7 +198,7 @@ TEST_F(SignInWindowTest, TheBrowserSignInArrivesThroughTheLoopbackListener) {
     ASSERT_EQ(browserAddresses_.size(), 1u);
     EXPECT_EQ(narrow(browserAddresses_[0]), settings_.apiBaseUrl + "/api/v1/auth/oauth/google/authorize");
     ASSERT_TRUE(window->isListening());
-    EXPECT_EQ(text(*window, signin::Status), L"Waiting for the browser sign-in to finish...");
+    EXPECT_EQ(status(*window), L"Waiting for the browser sign-in to finish...");
     EXPECT_TRUE(isShown(*window, signin::BrowserHint));
     EXPECT_TRUE(isShown(*window, signin::AddressEdit));
     EXPECT_TRUE(isShown(*window, signin::UseUrl));
@@ -280,9 +220,7 @@ TEST_F(SignInWindowTest, TheBrowserSignInArrivesThroughTheLoopbackListener) {
     const std::string second = test::readTestFile(folder_.path() / "second.html");
     EXPECT_NE(second.find("You are signed in."), std::string::npos) << second;
 
-    ASSERT_TRUE(waitForEnd(*window, kNetworkWaitMs)) << narrow(text(*window, signin::Status));
-    EXPECT_EQ(window->result(), SignInResult::SignedIn);
-    EXPECT_EQ(settings_.username, "alice");
+    expectSignedInAs(*window, "alice");
     EXPECT_EQ(settings_.bearerToken, tokensFromAddress(redirect).accessToken);
     EXPECT_FALSE(window->isListening());
     EXPECT_FALSE(test::runLinuxShell("curl -s --max-time 5 http://127.0.0.1:38517/ >/dev/null"))
@@ -290,46 +228,44 @@ TEST_F(SignInWindowTest, TheBrowserSignInArrivesThroughTheLoopbackListener) {
 }
 
 TEST_F(SignInWindowTest, ResultsArrivingAfterSignInAreIgnored) {
-    const Settings session = signedInSettings(uniqueName("first"));
+    const Settings session = signedInSettings(test::uniqueName("first"));
     auto window = open();
     type(*window, signin::AddressEdit, "http://127.0.0.1:38517/?state=1");
     click(*window, signin::UseUrl);
-    EXPECT_EQ(text(*window, signin::Status), L"No sign-in tokens found in that address.");
+    EXPECT_EQ(status(*window), L"No sign-in tokens found in that address.");
 
     type(*window, signin::AddressEdit,
          "http://127.0.0.1:38517/?x=1#access_token=" + session.bearerToken +
              "&refresh_token=" + session.refreshToken);
     click(*window, signin::UseUrl);
-    EXPECT_EQ(text(*window, signin::Status), L"Signed in.");
+    EXPECT_EQ(status(*window), L"Signed in.");
     EXPECT_EQ(savedSettings().bearerToken, session.bearerToken) << "saved at once";
     // Everything else that might still be on its way, queued before the user's name.
-    auto late = [](AttemptKind kind, bool succeeded) {
-        auto attempt = std::make_unique<AuthAttempt>();
-        attempt->kind = kind;
-        attempt->succeeded = succeeded;
-        attempt->tokens.accessToken = "cva_late";
-        attempt->errorText = "late";
-        return reinterpret_cast<LPARAM>(attempt.release());
+    const auto post = [&](UINT message, auto result) {
+        using Result = decltype(result);
+        ASSERT_TRUE(PostMessageW(window->hwnd(), message, 0, reinterpret_cast<LPARAM>(new Result(result))));
     };
-    ASSERT_TRUE(PostMessageW(window->hwnd(), MsgAuthAttempt, 0, late(AttemptKind::KeyByUser, true)));
-    ASSERT_TRUE(PostMessageW(window->hwnd(), MsgAuthAttempt, 0, late(AttemptKind::KeyByUser, false)));
-    ASSERT_TRUE(PostMessageW(window->hwnd(), MsgAuthAttempt, 0, late(AttemptKind::SessionRestore, false)));
-    auto browserTokens = std::make_unique<AuthTokens>();
-    browserTokens->accessToken = "cva_browser";
-    ASSERT_TRUE(
-        PostMessageW(window->hwnd(), MsgBrowserTokens, 0, reinterpret_cast<LPARAM>(browserTokens.release())));
-    auto registration = std::make_unique<RegistrationResult>();
-    registration->succeeded = true;
-    registration->registration.emailSent = true;
-    ASSERT_TRUE(
-        PostMessageW(window->hwnd(), MsgRegistration, 0, reinterpret_cast<LPARAM>(registration.release())));
+    for (const auto& [kind, succeeded] :
+         {std::pair{AttemptKind::KeyByUser, true}, std::pair{AttemptKind::KeyByUser, false},
+          std::pair{AttemptKind::SessionRestore, false}}) {
+        AuthAttempt attempt;
+        attempt.kind = kind;
+        attempt.succeeded = succeeded;
+        attempt.tokens.accessToken = "cva_late";
+        attempt.errorText = "late";
+        post(MsgAuthAttempt, attempt);
+    }
+    AuthTokens browserTokens;
+    browserTokens.accessToken = "cva_browser";
+    post(MsgBrowserTokens, browserTokens);
+    RegistrationResult registration;
+    registration.succeeded = true;
+    registration.registration.emailSent = true;
+    post(MsgRegistration, registration);
 
-    ASSERT_TRUE(waitForEnd(*window, kNetworkWaitMs));
-    EXPECT_EQ(window->result(), SignInResult::SignedIn);
+    expectSignedInAs(*window, session.username);
     EXPECT_EQ(settings_.bearerToken, session.bearerToken);
     EXPECT_EQ(settings_.refreshToken, session.refreshToken);
-    EXPECT_EQ(savedSettings().bearerToken, session.bearerToken);
-    EXPECT_EQ(settings_.username, session.username);
 }
 
 TEST_F(SignInWindowTest, AKeyThatCannotBeSavedLeavesTheOtherWaysOpen) {
@@ -337,12 +273,12 @@ TEST_F(SignInWindowTest, AKeyThatCannotBeSavedLeavesTheOtherWaysOpen) {
     folder_.writeFile("Corvandell", "not a folder");
     auto window = open();
     click(*window, signin::DeviceKey);
-    EXPECT_EQ(text(*window, signin::Status), L"Could not create this device's key.");
+    EXPECT_EQ(status(*window), L"Could not create this device's key.");
     EXPECT_FALSE(isShown(*window, signin::EmailEdit));
     EXPECT_EQ(test::readTestFile(dataFolder()), "not a folder");
     click(*window, signin::Google);
     EXPECT_TRUE(window->isListening());
-    EXPECT_EQ(text(*window, signin::Status), L"Waiting for the browser sign-in to finish...");
+    EXPECT_EQ(status(*window), L"Waiting for the browser sign-in to finish...");
 }
 
 TEST_F(SignInWindowTest, SkippingAndClosingEndTheWindowWithTheirOwnResults) {
