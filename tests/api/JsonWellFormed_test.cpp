@@ -29,52 +29,27 @@ std::string ourLibraryText() {
 }
 
 TEST(JsonWellFormed, SortsTextsIntoWholeEmptyCutShortMalformedAndTooDeep) {
-    const std::vector<std::pair<std::string, JsonShape>> cases = {
-        {ourSettingsText(), JsonShape::WellFormed},
-        {ourLibraryText(), JsonShape::WellFormed},
-        {formatLibrary({}), JsonShape::WellFormed},
-        {"\xEF\xBB\xBF{\"a\" : [1, -0.5e+3, 2E7, true, false, null, \"\\u0041\\/\"], \"b\":{}}\r\n",
-         JsonShape::WellFormed},
-        {"0", JsonShape::WellFormed},
-        {"", JsonShape::Empty},
-        {" \r\n\t", JsonShape::Empty},
-        {"\xEF\xBB\xBF", JsonShape::Empty},
-        {"{\"a\":1", JsonShape::CutShort},
-        {"{\"a\":", JsonShape::CutShort},
-        {"{\"a\"", JsonShape::CutShort},
-        {"{\"a", JsonShape::CutShort},
-        {"{\"a\":\"x\\", JsonShape::CutShort},
-        {"[tr", JsonShape::CutShort},
-        {"[1.", JsonShape::CutShort},
-        {"[-", JsonShape::CutShort},
-        {"[1e+", JsonShape::CutShort},
-        {"{\"a\":1,", JsonShape::CutShort},
-        {"{\"a\":1,}", JsonShape::Malformed},
-        {"[1,]", JsonShape::Malformed},
-        {"{a:1}", JsonShape::Malformed},
-        {"{'a':1}", JsonShape::Malformed},
-        {"{\"a\" 1}", JsonShape::Malformed},
-        {"[1 2]", JsonShape::Malformed},
-        {"[}", JsonShape::Malformed},
-        {"{]", JsonShape::Malformed},
-        {"[01]", JsonShape::Malformed},
-        {"[.5]", JsonShape::Malformed},
-        {"[1.e3]", JsonShape::Malformed},
-        {"[True]", JsonShape::Malformed},
-        {"[nulL]", JsonShape::Malformed},
-        {"{} {}", JsonShape::Malformed},
-        {"{}}", JsonShape::Malformed},
-        {std::string("{\"a\":\"b\",\0\xFF junk}", 17), JsonShape::Malformed},
-        {std::string(kMaxJsonDepth, '[') + std::string(kMaxJsonDepth, ']'), JsonShape::WellFormed},
-        {std::string(kMaxJsonDepth + 1, '[') + std::string(kMaxJsonDepth + 1, ']'), JsonShape::TooDeep},
-        // A million open brackets, and a million closing ones with nothing open.
-        {std::string(1'000'000, '['), JsonShape::TooDeep},
-        {"[" + std::string(1'000'000, ']'), JsonShape::Malformed},
-        {"[\"" + std::string(1'000'000, '{') + "\"]", JsonShape::WellFormed},
+    const auto expectShape = [](JsonShape shape, std::initializer_list<std::string> texts) {
+        for (const std::string& text : texts) {
+            EXPECT_EQ(checkJsonWellFormed(text).shape, shape) << text.substr(0, 80);
+        }
     };
-    for (const auto& [text, shape] : cases) {
-        EXPECT_EQ(checkJsonWellFormed(text).shape, shape) << text.substr(0, 80);
-    }
+    const std::string deepest(kMaxJsonDepth, '[');
+    expectShape(JsonShape::WellFormed,
+                {ourSettingsText(), ourLibraryText(), formatLibrary({}), "0",
+                 "\xEF\xBB\xBF{\"a\" : [1, -0.5e+3, 2E7, true, false, null, \"\\u0041\\/\"], \"b\":{}}\r\n",
+                 deepest + std::string(kMaxJsonDepth, ']'), "[\"" + std::string(1'000'000, '{') + "\"]"});
+    expectShape(JsonShape::Empty, {"", " \r\n\t", "\xEF\xBB\xBF"});
+    expectShape(JsonShape::CutShort, {"{\"a\":1", "{\"a\":", "{\"a\"", "{\"a", "{\"a\":\"x\\", "[tr", "[1.",
+                                      "[-", "[1e+", "{\"a\":1,"});
+    expectShape(JsonShape::Malformed, {"{\"a\":1,}", "[1,]", "{a:1}", "{'a':1}", "{\"a\" 1}", "[1 2]", "[}",
+                                       "{]", "[01]", "[.5]", "[1.e3]", "[True]", "[nulL]", "{} {}", "{}}"});
+    // Bytes that are no JSON at all, and a million closing brackets with nothing open.
+    expectShape(JsonShape::Malformed,
+                {std::string("{\"a\":\"b\",\0\xFF junk}", 17), "[" + std::string(1'000'000, ']')});
+    // One level too deep, and a million open brackets.
+    expectShape(JsonShape::TooDeep,
+                {deepest + "[" + std::string(kMaxJsonDepth + 1, ']'), std::string(1'000'000, '[')});
 }
 
 TEST(JsonWellFormed, EveryCutOfOurFilesBeforeTheLastBracketIsCutShort) {

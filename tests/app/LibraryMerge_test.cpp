@@ -15,38 +15,21 @@ namespace corvandell {
 namespace {
 
 SoftwareItem title(const std::string& id, const std::string& name) {
-    SoftwareItem item;
-    item.id = id;
-    item.name = name;
-    item.category = "RPG";
-    item.platform = "windows";
-    return item;
+    return SoftwareItem{id, name, "", "", "RPG", "windows", "", {}};
 }
 
+// DetectedGame fields in order: key, title, store key and name, external id, platform,
+// description, folder, executable, launch address, Steam app id, build, last played.
 LibraryItem steamGame(const std::string& appId, const std::string& name) {
-    DetectedGame game;
-    game.key = "steam:" + appId;
-    game.title = name;
-    game.storeKey = "steam";
-    game.storeName = "Steam";
-    game.externalId = appId;
-    game.steamAppId = appId;
-    game.installFolder = "C:/Steam/steamapps/common/" + name;
-    game.executable = game.installFolder / "game.exe";
-    game.build = "77";
-    return rowFromDetectedGame(game);
+    const std::filesystem::path folder = "C:/Steam/steamapps/common/" + name;
+    return rowFromDetectedGame({"steam:" + appId, name, "steam", "Steam", appId, "windows", "", folder,
+                                folder / "game.exe", "", appId, "77", 0});
 }
 
 LibraryItem storeGame(const std::string& key, const std::string& id, const std::string& name) {
-    DetectedGame game;
-    game.key = key + ":" + id;
-    game.title = name;
-    game.storeKey = key;
-    game.storeName = key == "epic" ? "Epic Games" : "GOG Galaxy";
-    game.externalId = id;
-    game.installFolder = "D:/" + key + "/" + name;
-    game.launchAddress = key + "://launch/" + id;
-    return rowFromDetectedGame(game);
+    return rowFromDetectedGame({key + ":" + id, name, key, key == "epic" ? "Epic Games" : "GOG Galaxy", id,
+                                "windows", "", "D:/" + key + "/" + name, "", key + "://launch/" + id, "", "",
+                                0});
 }
 
 RepositoryGame sharedGame(const std::string& id, const std::string& name, const std::string& launch,

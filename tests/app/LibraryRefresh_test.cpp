@@ -55,11 +55,13 @@ protected:
         temp_.writeFile(steam / "steamapps" / "common" / name / "Game.exe", "MZ");
     }
 
-    LibraryResult refresh(const std::string& query = "") {
+    LibraryResult refresh(const std::string& query = "", const std::string& folder = "C:/Games/Ember") {
         const MapEnvironment environment;
-        const StoreHost host{registry_, environment, {}};
-        const std::vector<LibraryRecord> installed{{"t2", "Ember Keep", "C:/Games/Ember", "", false, 1, 0}};
-        return gatherLibrary(service_, host, temp_.path() / "data", installed, query);
+        return gatherLibrary(service_, StoreHost{registry_, environment, {}}, temp_.path() / "data",
+                             installed(folder), query);
+    }
+    static std::vector<LibraryRecord> installed(const std::string& folder) {
+        return {{"t2", "Ember Keep", folder, "", false, 1, 0}};
     }
 
     test::TempFolder temp_;
@@ -67,7 +69,7 @@ protected:
     test::ScriptedService service_;
 };
 
-TEST_F(LibraryRefreshTest, GathersEverySourceAndAsksBuildsOnlyForInstalledTitles) {
+TEST_F(LibraryRefreshTest, GathersEverySourceAndAsksBuildsOnlyForInstalledTitlesAndTheSearch) {
     const LibraryResult result = refresh();
     ASSERT_TRUE(result.succeeded) << result.errorText;
     EXPECT_EQ(service_.requests(),
@@ -85,6 +87,13 @@ TEST_F(LibraryRefreshTest, GathersEverySourceAndAsksBuildsOnlyForInstalledTitles
     EXPECT_EQ(result.latestVersions, (std::map<std::string, std::string>{{"t2", "1.2.0"}}));
     ASSERT_EQ(result.catalogue.size(), 2u);
     EXPECT_EQ(result.entitlements.size(), 1u);
+
+    // The search text goes to the service and travels with the result.
+    service_.answer("GET /api/v1/software?pageSize=100&sort=name&q=sky%20forge&platform=windows",
+                    "{\"items\":[]}");
+    const LibraryResult searched = refresh("sky forge");
+    EXPECT_TRUE(searched.succeeded) << searched.errorText;
+    EXPECT_EQ(searched.query, "sky forge");
 }
 
 // library.json has no version field; the installer's record in the title's folder says
@@ -108,24 +117,13 @@ TEST_F(LibraryRefreshTest, TheInstalledBuildIsReadFromTheTitlesFolderAndDecidesT
         if (c.record != nullptr) {
             temp_.writeFile(folder / kInstalledBuildFileName, c.record);
         }
-        const MapEnvironment environment;
-        const StoreHost host{registry_, environment, {}};
-        const std::vector<LibraryRecord> installed{{"t2", "Ember Keep", pathToUtf8(folder), "", false, 1, 0}};
-        const LibraryResult result = gatherLibrary(service_, host, temp_.path() / "data", installed, "");
+        const LibraryResult result = refresh("", pathToUtf8(folder));
         ASSERT_TRUE(result.succeeded) << result.errorText;
-        const std::vector<LibraryItem> rows = buildLibraryRows(result, installed);
+        const std::vector<LibraryItem> rows = buildLibraryRows(result, installed(pathToUtf8(folder)));
         ASSERT_EQ(rows[1].key, "t2");
         EXPECT_EQ(rows[1].installedVersion(), c.installedVersion) << (c.record ? c.record : "no record");
         EXPECT_EQ(actionFor(rows[1]), c.action) << (c.record ? c.record : "no record");
     }
-}
-
-TEST_F(LibraryRefreshTest, TheSearchTextGoesToTheServiceAndTravelsWithTheResult) {
-    service_.answer("GET /api/v1/software?pageSize=100&sort=name&q=sky%20forge&platform=windows",
-                    "{\"items\":[]}");
-    const LibraryResult result = refresh("sky forge");
-    EXPECT_TRUE(result.succeeded) << result.errorText;
-    EXPECT_EQ(result.query, "sky forge");
 }
 
 TEST_F(LibraryRefreshTest, FailuresKeepTheLocalGamesAndMissingEntitlementsAreNoFailure) {
@@ -167,12 +165,10 @@ TEST(LibraryActivity, PlaytimeIsAskedByTitleOrByStoreAndReadAsTheUserSeesIt) {
                    "{\"items\":[]}");
     service.answer("GET /api/v1/activity/game-feed?key=steam%3A620&limit=8", "{\"items\":[]}");
 
-    LibraryItem title;
+    LibraryItem title, steam, missing;
     title.key = "t1";
-    LibraryItem steam;
     steam.key = "steam:620";
     steam.steamAppId = "620";
-    LibraryItem missing;
     missing.key = "t404";
 
     const std::vector<std::pair<LibraryItem, std::string>> cases{

@@ -3,10 +3,10 @@
 #include "app/SettingsFile.hpp"
 
 #include "support/TempFolder.hpp"
+#include "support/ThrownText.hpp"
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -47,13 +47,9 @@ TEST(Settings, AFailedSaveKeepsTheOldFileAndLeavesNoTemporary) {
     const test::TempFolder temp;
     // A folder in the file's place: no rename can replace it, even for root.
     temp.writeFile("settings.json/keep.txt", "old");
-    try {
-        GuardedFile file = settingsFileIn(temp.path());
-        saveSettings(file, defaultSettings(kGames));
-        FAIL() << "expected the save to fail";
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "Could not save settings.json");
-    }
+    GuardedFile file = settingsFileIn(temp.path());
+    EXPECT_EQ(test::thrownText([&] { saveSettings(file, defaultSettings(kGames)); }),
+              "Could not save settings.json");
     EXPECT_EQ(temp.entryNames(), std::vector<std::string>{"settings.json"});
     EXPECT_EQ(test::readTestFile(temp.path() / "settings.json" / "keep.txt"), "old");
 }

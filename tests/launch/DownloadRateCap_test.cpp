@@ -66,31 +66,30 @@ TEST(DownloadRateCap, DelayIsTheTargetTimeLessTheElapsedTruncated) {
     }
 }
 
-TEST(DownloadRateCap, TenMebibytesAtOneHundredTakeAtLeastAbout102Seconds) {
-    // Chunks of an odd size, of typical sizes, and the whole file at once.
-    for (const std::uint64_t chunk : {std::uint64_t{4099}, std::uint64_t{8192}, std::uint64_t{65536},
-                                      std::uint64_t{1} << 20, std::uint64_t{10} << 20}) {
+TEST(DownloadRateCap, TenMebibytesTakeTheirBudgetWhateverTheChunksAndTheNetwork) {
+    const struct {
+        int limitKbps;
+        std::uint64_t chunk, networkMsPerChunk, leastMs, mostMs;
+    } cases[] = {
+        // 102.4 s at 100 KiB/s for chunks of an odd size, of typical sizes, and the whole file.
+        {100, 4099, 0, 102'399, 102'400},
+        {100, 8192, 0, 102'399, 102'400},
+        {100, 65536, 0, 102'399, 102'400},
+        {100, 1 << 20, 0, 102'399, 102'400},
+        {100, 10 << 20, 0, 102'399, 102'400},
+        // 48 s on the wire: the cap only adds what is missing to 102.4 s.
+        {100, 65536, 300, 102'399, 102'700},
+        // 0 or less never sleeps.
+        {0, 8192, 0, 0, 0},
+        {-1, 8192, 0, 0, 0},
+        {-100, 8192, 0, 0, 0},
+    };
+    for (const auto& c : cases) {
         FakeClock clock;
-        const std::uint64_t ms = capDownload(100, 10 << 20, chunk, 0, clock);
-        EXPECT_GE(ms, 102'399u) << "chunks of " << chunk;
-        EXPECT_LE(ms, 102'400u) << "chunks of " << chunk;
-    }
-}
-
-TEST(DownloadRateCap, NetworkTimeIsPartOfTheBudget) {
-    FakeClock clock;
-    // 160 chunks of 64 KiB, each taking 300 ms on the wire: 48 s of network time, and the
-    // cap only adds what is missing to 102.4 s.
-    const std::uint64_t ms = capDownload(100, 10 << 20, 65536, 300, clock);
-    EXPECT_GE(ms, 102'399u);
-    EXPECT_LE(ms, 102'400u + 300u);
-}
-
-TEST(DownloadRateCap, AZeroOrNegativeLimitNeverSleeps) {
-    for (const int limit : {0, -1, -100}) {
-        FakeClock clock;
-        EXPECT_EQ(capDownload(limit, 10 << 20, 8192, 0, clock), 0u) << limit;
-        EXPECT_TRUE(clock.sleeps().empty()) << limit;
+        const std::uint64_t ms = capDownload(c.limitKbps, 10 << 20, c.chunk, c.networkMsPerChunk, clock);
+        EXPECT_GE(ms, c.leastMs) << c.limitKbps << " KiB/s, chunks of " << c.chunk;
+        EXPECT_LE(ms, c.mostMs) << c.limitKbps << " KiB/s, chunks of " << c.chunk;
+        EXPECT_TRUE(c.limitKbps > 0 || clock.sleeps().empty()) << c.limitKbps;
     }
 }
 

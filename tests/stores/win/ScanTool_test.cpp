@@ -6,13 +6,12 @@
 
 #include "base/win/WideText.hpp"
 #include "base/win/WindowsEnvironment.hpp"
+#include "stores/StoreTree.hpp"
 #include "stores/win/RegistryScratch.hpp"
-#include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -20,15 +19,6 @@
 
 namespace corvandell::win {
 namespace {
-
-// The path as JSON text: UTF-8 with each backslash doubled, as the launcher writes it.
-std::string jsonPath(const std::filesystem::path& path) {
-    std::string text;
-    for (const char c : narrow(path.wstring())) {
-        text += c == '\\' ? std::string("\\\\") : std::string(1, c);
-    }
-    return text;
-}
 
 std::string lineContaining(const std::string& output, const std::string& needle) {
     std::istringstream lines(output);
@@ -74,9 +64,8 @@ TEST_F(ScanToolTest, PrintsTheGamesOfEachStoreAndWithWhyWhatWasLeftOutAndWhy) {
                       "\"AppState\"\n{\n\t\"appid\"\t\t\"4000001\"\n\t\"name\"\t\t\"Steam Harbor\"\n"
                       "\t\"StateFlags\"\t\t\"4\"\n\t\"installdir\"\t\t\"Steam Harbor\"\n}\n");
     folder_.writeFile(L"St\u00e9am/steamapps/common/Steam Harbor/SteamHarbor.exe", "MZ");
-    std::wstring steamPath = (folder_.path() / L"St\u00e9am").wstring();
-    std::replace(steamPath.begin(), steamPath.end(), L'\\', L'/');
-    regAdd(L"HKCU\\Software\\Valve\\Steam", L"SteamPath", steamPath, L"/reg:64");
+    regAdd(L"HKCU\\Software\\Valve\\Steam", L"SteamPath",
+           widen(test::winPath(folder_.path() / L"St\u00e9am", '/')), L"/reg:64");
 
     const auto gogFolder = folder_.writeFile(L"GOG Games/Lantern/Lantern.exe", "MZ").parent_path();
     const std::wstring gogKey = L"HKLM\\SOFTWARE\\GOG.com\\Games\\" + gogId_;
@@ -90,10 +79,11 @@ TEST_F(ScanToolTest, PrintsTheGamesOfEachStoreAndWithWhyWhatWasLeftOutAndWhy) {
     folder_.writeFile(manifests / L"0123456789ABCDEF.item",
                       "{\"bIsIncompleteInstall\": false, \"AppName\": \"Finch\", \"DisplayName\": "
                       "\"Lantern Harbor\xe2\x84\xa2\", \"InstallLocation\": \"" +
-                          jsonPath(epicFolder) + "\", \"LaunchExecutable\": \"Binaries/Win64/Lantern.exe\"}");
+                          test::escapedPath(epicFolder) +
+                          "\", \"LaunchExecutable\": \"Binaries/Win64/Lantern.exe\"}");
     folder_.writeFile(manifests / L"FEDCBA9876543210.item",
                       "{\"bIsIncompleteInstall\": true, \"AppName\": \"Heron\", \"InstallLocation\": \"" +
-                          jsonPath(epicFolder) + "\"}");
+                          test::escapedPath(epicFolder) + "\"}");
 
     const test::ChildResult plain = scan(L"");
     ASSERT_EQ(plain.exitCode, 0u) << plain.output;

@@ -17,50 +17,48 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <numbers>
+#include <numeric>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace corvandell::win {
 namespace {
 
 constexpr UINT kVoiceEndMessage = WM_APP + 5;
-// Not a whole number of cycles per 20 ms block, so blocks differ in phase.
 constexpr double kToneHz = 731.37;
 constexpr int kLoudPeak = 4000;
 
 std::string deviceContaining(const std::vector<std::string>& names, std::string_view part) {
-    for (const std::string& name : names) {
-        if (name.find(part) != std::string::npos) {
-            return name;
-        }
-    }
-    return {};
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const std::string& name) { return name.find(part) != name.npos; });
+    return found == names.end() ? std::string() : *found;
 }
 
 int peakOf(std::span<const std::uint8_t> pcm) {
     int peak = 0;
     for (std::size_t i = 0; i + 1 < pcm.size(); i += 2) {
-        const auto sample = static_cast<std::int16_t>(static_cast<std::uint16_t>(pcm[i] | (pcm[i + 1] << 8)));
-        peak = std::max(peak, std::abs(static_cast<int>(sample)));
+        peak =
+            std::max(peak, std::abs(static_cast<int>(static_cast<std::int16_t>(pcm[i] | (pcm[i + 1] << 8)))));
     }
     return peak;
 }
 
-std::vector<std::int16_t> tone(double seconds) {
-    std::vector<std::int16_t> samples(static_cast<std::size_t>(seconds * voice::kSampleRate));
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] =
-            static_cast<std::int16_t>(12000.0 * std::sin(2.0 * std::numbers::pi * kToneHz *
-                                                         static_cast<double>(i) / voice::kSampleRate));
+// Waits without pumping, so notices posted to a PostBox stay queued for it.
+bool waitWithoutPumping(const std::function<bool()>& done, int timeoutMs) {
+    for (int waitedMs = 0; !done() && waitedMs < timeoutMs; waitedMs += 10) {
+        Sleep(10);
     }
-    return samples;
+    return done();
 }
 
 // The pitch of a recording: the median over its 100 ms stretches that are loud throughout,
@@ -70,32 +68,25 @@ double pitchOf(const std::vector<std::int16_t>& samples) {
     constexpr std::size_t kStretch = voice::kSampleRate / 10;
     std::vector<double> pitches;
     for (std::size_t start = 0; start + kStretch <= samples.size(); start += kStretch) {
-        const std::span<const std::int16_t> stretch(samples.data() + start, kStretch);
-        std::size_t crossings = 0;
-        std::size_t firstCrossing = 0;
-        std::size_t lastCrossing = 0;
+        std::size_t crossings = 0, first = 0, last = 0;
         int peak = 0;
-        for (std::size_t i = 1; i < stretch.size(); ++i) {
-            peak = std::max(peak, std::abs(static_cast<int>(stretch[i])));
-            if (stretch[i - 1] < 0 && stretch[i] >= 0) {
-                firstCrossing = crossings == 0 ? i : firstCrossing;
-                lastCrossing = i;
-                ++crossings;
+        for (std::size_t i = start + 1; i < start + kStretch; ++i) {
+            peak = std::max(peak, std::abs(static_cast<int>(samples[i])));
+            if (samples[i - 1] < 0 && samples[i] >= 0) {
+                first = crossings++ == 0 ? i : first;
+                last = i;
             }
         }
         if (peak > kLoudPeak && crossings > 10) {
             pitches.push_back(static_cast<double>(crossings - 1) * voice::kSampleRate /
-                              static_cast<double>(lastCrossing - firstCrossing));
+                              static_cast<double>(last - first));
         }
     }
-    if (pitches.empty()) {
-        return 0.0;
-    }
     std::sort(pitches.begin(), pitches.end());
-    return pitches[pitches.size() / 2];
+    return pitches.empty() ? 0.0 : pitches[pitches.size() / 2];
 }
 
-// Records one device into a row of 200 ms buffers, for a fixed time.
+// Records one device into a row of 200 ms buffers (8 s in all) until stopped.
 class Recorder {
 public:
     explicit Recorder(UINT device) {
@@ -104,12 +95,12 @@ public:
             device_ = nullptr;
             return;
         }
-        for (Buffer& buffer : buffers_) {
-            buffer.samples.resize(voice::kSampleRate / 5);
-            buffer.header.lpData = reinterpret_cast<LPSTR>(buffer.samples.data());
-            buffer.header.dwBufferLength = static_cast<DWORD>(buffer.samples.size() * 2);
-            waveInPrepareHeader(device_, &buffer.header, sizeof(WAVEHDR));
-            waveInAddBuffer(device_, &buffer.header, sizeof(WAVEHDR));
+        for (auto& [header, samples] : buffers_) {
+            samples.resize(voice::kSampleRate / 5);
+            header.lpData = reinterpret_cast<LPSTR>(samples.data());
+            header.dwBufferLength = static_cast<DWORD>(samples.size() * 2);
+            waveInPrepareHeader(device_, &header, sizeof(WAVEHDR));
+            waveInAddBuffer(device_, &header, sizeof(WAVEHDR));
         }
         waveInStart(device_);
     }
@@ -117,33 +108,32 @@ public:
     bool isOpen() const { return device_ != nullptr; }
     std::vector<std::int16_t> stop() {
         std::vector<std::int16_t> all;
-        if (device_ == nullptr) {
-            return all;
+        if (device_ != nullptr) {
+            waveInReset(device_);
+            for (auto& [header, samples] : buffers_) {
+                all.insert(all.end(), samples.begin(), samples.begin() + header.dwBytesRecorded / 2);
+                waveInUnprepareHeader(device_, &header, sizeof(WAVEHDR));
+            }
+            waveInClose(std::exchange(device_, nullptr));
         }
-        waveInReset(device_);
-        for (Buffer& buffer : buffers_) {
-            all.insert(all.end(), buffer.samples.begin(),
-                       buffer.samples.begin() + buffer.header.dwBytesRecorded / 2);
-            waveInUnprepareHeader(device_, &buffer.header, sizeof(WAVEHDR));
-        }
-        waveInClose(device_);
-        device_ = nullptr;
         return all;
     }
 
 private:
-    struct Buffer {
-        WAVEHDR header{};
-        std::vector<std::int16_t> samples;
-    };
     HWAVEIN device_ = nullptr;
-    std::array<Buffer, 40> buffers_; // 8 s
+    std::array<std::pair<WAVEHDR, std::vector<std::int16_t>>, 40> buffers_{};
 };
 
-// Plays samples on one device until destroyed.
-class Player {
+// Plays 3 s of a tone on one device until destroyed; the pitch is not a whole number of
+// cycles per 20 ms block, so blocks differ in phase.
+class TonePlayer {
 public:
-    Player(UINT device, std::vector<std::int16_t> samples) : samples_(std::move(samples)) {
+    explicit TonePlayer(UINT device) : samples_(3 * voice::kSampleRate) {
+        for (std::size_t i = 0; i < samples_.size(); ++i) {
+            samples_[i] =
+                static_cast<std::int16_t>(12000.0 * std::sin(2.0 * std::numbers::pi * kToneHz *
+                                                             static_cast<double>(i) / voice::kSampleRate));
+        }
         WAVEFORMATEX format = voiceWaveFormat();
         if (waveOutOpen(&device_, device, &format, 0, 0, CALLBACK_NULL) != MMSYSERR_NOERROR) {
             device_ = nullptr;
@@ -154,7 +144,7 @@ public:
         waveOutPrepareHeader(device_, &header_, sizeof(header_));
         waveOutWrite(device_, &header_, sizeof(header_));
     }
-    ~Player() {
+    ~TonePlayer() {
         if (device_ != nullptr) {
             waveOutReset(device_);
             waveOutUnprepareHeader(device_, &header_, sizeof(header_));
@@ -172,8 +162,6 @@ private:
 class VoiceChannelTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ann_ = test::newStandInUser("ann");
-        ben_ = test::newStandInUser("ben");
         test::makeFriends(ann_, ben_);
         const std::string conversation =
             readString(test::callAs(ann_, "POST", "/api/v1/chat/conversations",
@@ -182,19 +170,23 @@ protected:
         roomId_ = readString(test::callAs(ann_, "POST", "/api/v1/voice/rooms",
                                           "{\"conversationId\":\"" + conversation + "\"}"),
                              "id");
-        for (const test::StandInUser* user : {&ann_, &ben_}) {
-            test::callAs(*user, "POST", "/api/v1/voice/rooms/" + roomId_ + "/join");
-        }
+        roomCall(ann_, "join");
+        roomCall(ben_, "join");
     }
-
-    VoiceChannelOptions optionsOf(const test::StandInUser& user) const {
+    void roomCall(const test::StandInUser& user, const std::string& action) const {
+        test::callAs(user, "POST", "/api/v1/voice/rooms/" + roomId_ + "/" + action);
+    }
+    static VoiceChannelOptions optionsOf(const test::StandInUser& user, std::string input = "",
+                                         std::string output = "") {
         VoiceChannelOptions options;
         options.baseUrl = user.settings.apiBaseUrl;
         options.bearerToken = user.settings.bearerToken;
+        options.inputDevice = std::move(input);
+        options.outputDevice = std::move(output);
         return options;
     }
 
-    test::StandInUser ann_, ben_;
+    test::StandInUser ann_ = test::newStandInUser("ann"), ben_ = test::newStandInUser("ben");
     std::string roomId_;
 };
 
@@ -208,18 +200,13 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
         << "no PulseAudio null sinks: is the pulse fixture running? " << inputs.size() << " inputs";
 
     // Ann speaks into CorvA and hears on CorvQuiet; Ben is muted and hears on CorvB.
-    VoiceChannelOptions annOptions = optionsOf(ann_);
-    annOptions.inputDevice = annMicrophone;
-    annOptions.outputDevice = deviceContaining(outputs, "CorvQuiet");
-    VoiceChannelOptions benOptions = optionsOf(ben_);
-    benOptions.inputDevice = quietMicrophone;
-    benOptions.outputDevice = deviceContaining(outputs, "CorvB");
+    const VoiceChannelOptions annOptions =
+        optionsOf(ann_, annMicrophone, deviceContaining(outputs, "CorvQuiet"));
+    VoiceChannelOptions benOptions = optionsOf(ben_, quietMicrophone, deviceContaining(outputs, "CorvB"));
     benOptions.startsMuted = true;
 
     test::PostBox annBox;
-    std::atomic<int> benLoudPlayed{0};
-    std::atomic<int> annPlayed{0};
-    std::atomic<int> benSent{0};
+    std::atomic<int> benLoudPlayed{0}, annPlayed{0}, benSent{0};
     VoiceChannel ann(annBox.hwnd(), kVoiceEndMessage);
     VoiceChannel ben(nullptr, 0);
     ann.setObserver([&](VoiceBlockEvent event, std::span<const std::uint8_t>) {
@@ -239,7 +226,7 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
     Recorder recorder(waveInDeviceNamed(benRecording));
     ASSERT_TRUE(recorder.isOpen());
     {
-        Player player(waveOutDeviceNamed(deviceContaining(outputs, "CorvA")), tone(3.0));
+        TonePlayer player(waveOutDeviceNamed(deviceContaining(outputs, "CorvA")));
         ASSERT_TRUE(player.isOpen());
         // A second of tone heard on Ben's side, then the rest of it.
         EXPECT_TRUE(test::pumpUntil([&] { return benLoudPlayed >= 50; }, 15000)) << benLoudPlayed;
@@ -252,31 +239,19 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
 
     // The service closes Ann's socket when she leaves through the API; her channel ends by
     // itself and says so, and stopping it afterwards is quiet.
-    test::callAs(ann_, "POST", "/api/v1/voice/rooms/" + roomId_ + "/leave");
-    // Waits without pumping, so the notice stays queued for the post box.
-    for (int waitedMs = 0; ann.isRunning() && waitedMs < 5000; waitedMs += 10) {
-        Sleep(10);
-    }
+    roomCall(ann_, "leave");
+    waitWithoutPumping([&] { return !ann.isRunning(); }, 5000);
     MSG ended{};
     ASSERT_TRUE(annBox.take(kVoiceEndMessage, ended));
     EXPECT_EQ(static_cast<VoiceEnd>(ended.wParam), VoiceEnd::ClosedByService);
     EXPECT_FALSE(ann.isRunning());
     // Joining again starts the same channel again, its ended threads tidied first.
-    test::callAs(ann_, "POST", "/api/v1/voice/rooms/" + roomId_ + "/join");
+    roomCall(ann_, "join");
     EXPECT_TRUE(ann.start(roomId_, annOptions)) << ann.failureText();
     EXPECT_TRUE(ann.isRunning());
     ann.stop();
     ben.stop();
     EXPECT_FALSE(ben.isRunning());
-}
-
-std::string hexOf(std::span<const std::uint8_t> bytes) {
-    std::string hex;
-    for (const std::uint8_t byte : bytes) {
-        hex += "0123456789abcdef"[byte >> 4];
-        hex += "0123456789abcdef"[byte & 0x0F];
-    }
-    return hex;
 }
 
 TEST_F(VoiceChannelTest, AFragmentedMessagePlaysWholeAndHeadersAloneOrTextPlayNothing) {
@@ -292,33 +267,37 @@ TEST_F(VoiceChannelTest, AFragmentedMessagePlaysWholeAndHeadersAloneOrTextPlayNo
     });
     ASSERT_TRUE(ann.start(roomId_, optionsOf(ann_))) << ann.failureText();
 
-    const std::vector<std::uint8_t> header(16, 0xAB);
-    const std::vector<std::uint8_t> marker(64, 0x11);
-    std::vector<std::uint8_t> block(640);
-    for (std::size_t i = 0; i < block.size(); ++i) {
-        block[i] = static_cast<std::uint8_t>(i * 7);
-    }
-    const std::string message = hexOf(header) + hexOf(block);
+    const auto hexOf = [](std::span<const std::uint8_t> bytes) {
+        std::string hex;
+        for (const std::uint8_t byte : bytes) {
+            hex += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 0x0F]};
+        }
+        return hex;
+    };
     const auto frame = [](int opcode, bool fin, const std::string& hex) {
         return "{\"opcode\":" + std::to_string(opcode) + ",\"fin\":" + (fin ? "true" : "false") +
-               ",\"hex\":\"" + hex + "\"}";
+               ",\"hex\":\"" + hex + "\"},";
     };
+    const std::vector<std::uint8_t> marker(64, 0x11);
+    std::vector<std::uint8_t> block(640);
+    std::iota(block.begin(), block.end(), std::uint8_t{0});
+    const std::string header = hexOf(std::vector<std::uint8_t>(16, 0xAB));
+    const std::string message = header + hexOf(block);
     // The header cut across three pieces, a header alone, text, then a whole message.
-    const std::string frames =
-        "[" + frame(2, false, message.substr(0, 20)) + "," + frame(0, false, message.substr(20, 580)) + "," +
-        frame(0, true, message.substr(600)) + "," + frame(2, true, hexOf(header)) + "," +
-        frame(1, true, "68656c6c6f") + "," + frame(2, true, hexOf(header) + hexOf(marker)) + "]";
-    const std::string pushed = callStandIn("POST", "/__test/voice-frames",
-                                           "{\"roomId\":\"" + roomId_ + "\",\"userId\":\"" + ann_.userId +
-                                               "\",\"frames\":" + frames + "}");
+    const std::string frames = frame(2, false, message.substr(0, 20)) +
+                               frame(0, false, message.substr(20, 580)) +
+                               frame(0, true, message.substr(600)) + frame(2, true, header) +
+                               frame(1, true, "68656c6c6f") + frame(2, true, header + hexOf(marker));
+    const std::string pushed =
+        callStandIn("POST", "/__test/voice-frames",
+                    "{\"roomId\":\"" + roomId_ + "\",\"userId\":\"" + ann_.userId + "\",\"frames\":[" +
+                        frames.substr(0, frames.size() - 1) + "]}");
     ASSERT_EQ(readInt(pushed, "sockets", 0), 1) << pushed;
     const auto playedCount = [&] {
         std::lock_guard lock(mutex);
         return played.size();
     };
-    for (int waitedMs = 0; playedCount() < 2 && waitedMs < 5000; waitedMs += 10) {
-        Sleep(10);
-    }
+    waitWithoutPumping([&] { return playedCount() >= 2; }, 5000);
     Sleep(200); // nothing more is to come
     {
         std::lock_guard lock(mutex);
@@ -333,7 +312,7 @@ TEST_F(VoiceChannelTest, AFragmentedMessagePlaysWholeAndHeadersAloneOrTextPlayNo
 }
 
 TEST_F(VoiceChannelTest, ASocketTheServiceRefusesLeavesTheChannelStoppedWithTheStatus) {
-    test::callAs(ben_, "POST", "/api/v1/voice/rooms/" + roomId_ + "/leave");
+    roomCall(ben_, "leave");
     VoiceChannel ben(nullptr, 0);
     EXPECT_FALSE(ben.start(roomId_, optionsOf(ben_)));
     EXPECT_EQ(ben.failureText(), "Voice connection refused: HTTP 403");
