@@ -471,6 +471,9 @@ void MainWindow::onCommand(int id, int notification) {
     case command::Launch:
         onActionCommand();
         return;
+    case command::GameOptions:
+        openGameOptions();
+        return;
     case command::Search:
         if (notification == EN_CHANGE) {
             SetTimer(hwnd_, kSearchTimerId, kSearchDebounceMs, nullptr);

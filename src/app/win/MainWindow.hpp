@@ -143,6 +143,10 @@ private:
     void onLaunchRecord(std::unique_ptr<LaunchRecord> record);
     void endSession(std::string sessionId, bool isExternal);
     void onSessionEnded();
+    // Browser games (MainWindowWebGame.cpp).
+    void launchBrowserGame(const LibraryItem& row);
+    UniqueIcon taskbarIconFor(const std::string& key) const;
+    void openGameOptions();
     void writeJournal();
     void reattachToJournal();
     void redrawTracking();

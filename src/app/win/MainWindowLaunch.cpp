@@ -117,8 +117,8 @@ void MainWindow::launchSelected() {
         stopGame();
         return;
     }
-    if (row.isBrowserGame()) {
-        return; // the browser launcher clones or starts these, through startInJob and startTracking
+    if (row.isBrowserGame() && actionFor(row) != RowAction::Launch) {
+        return; // not cloned yet: Install clones it
     }
     if (settings_.overlayHintShown) {
         launchRow(row);
@@ -165,6 +165,10 @@ void MainWindow::onOverlayHintCheck(std::unique_ptr<OverlayHintCheck> check) {
 }
 
 void MainWindow::launchRow(const LibraryItem& row) {
+    if (row.isBrowserGame()) {
+        launchBrowserGame(row);
+        return;
+    }
     const LaunchPlan plan = planLaunch(subjectOf(row));
     if (plan.way == LaunchWay::Direct) {
         StartedGame started =
