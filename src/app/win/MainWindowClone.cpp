@@ -75,7 +75,8 @@ void MainWindow::cloneGitHubGame(const LibraryItem& row) {
          folder = webGameCloneFolder(paths_.dataFolder, *address), cancel = &installs_.cancel] {
             CloneReport report{key, name, true, false, {}, {}};
             try {
-                // Every stop the clone offers comes before it touches the old copy.
+                // The clone reports progress before it touches the old copy and once it is
+                // done, so closing the client never stops it halfway through the files.
                 const git::CloneProgress progress = [&](const std::wstring& text) {
                     cancel->throwIfCancelled();
                     postProgress(window, key, text);

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace corvandell::win {
 namespace {
@@ -44,11 +45,27 @@ bool hasStyle(HWND control, DWORD style) {
 
 class AddGameDialogTest : public ::testing::Test {
 protected:
+    // Every game shared here is removed again: the library of other tests lists them all.
+    void TearDown() override {
+        dialog_.reset();
+        for (Settings& user : users_) {
+            WinHttpApiClient api(&user);
+            for (const RepositoryGame& game : api.listMyRepositoryGames()) {
+                api.deleteRepositoryGame(game.id);
+            }
+        }
+    }
+
+    Settings newUser(const std::string& username) {
+        users_.push_back(signedInSettings(username));
+        return users_.back();
+    }
+
     // A dialog of a new user of the stand-in, with `login` linked ("" for none), that has
     // had the service's answer about the login.
     void open(const std::string& username, const std::string& login = "") {
         username_ = username;
-        settings_ = signedInSettings(username);
+        settings_ = newUser(username);
         linkLogin(username, login);
         dialog_ =
             std::make_unique<AddGameDialog>(GetModuleHandleW(nullptr), nullptr,
@@ -82,6 +99,7 @@ protected:
 
     std::string username_;
     Settings settings_;
+    std::vector<Settings> users_;
     std::unique_ptr<AddGameDialog> dialog_;
 };
 
@@ -176,7 +194,7 @@ TEST_F(AddGameDialogTest, AlreadySharedOffersTakeOwnershipWhichTheServerVerifies
     // Someone shares another user's repository first.
     const std::string owner = unique("maker");
     const std::string first = unique("first");
-    Settings firstSettings = signedInSettings(first);
+    Settings firstSettings = newUser(first);
     WinHttpApiClient(&firstSettings)
         .submitRepositoryGame("https://github.com/" + owner + "/blocks", "Blocks", "web/index.html");
 
@@ -223,7 +241,7 @@ TEST_F(AddGameDialogTest, AlreadySharedOffersTakeOwnershipWhichTheServerVerifies
 TEST_F(AddGameDialogTest, AnOwnerSeesOnlyWhoSharedItBeforeTakingOwnership) {
     const std::string owner = unique("crafter");
     const std::string first = unique("early");
-    Settings firstSettings = signedInSettings(first);
+    Settings firstSettings = newUser(first);
     WinHttpApiClient(&firstSettings)
         .submitRepositoryGame("https://github.com/" + owner + "/kites", "Kites", "index.html");
     open(unique("crafter-account"), owner);
