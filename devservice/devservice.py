@@ -34,6 +34,9 @@ def parse_args(argv: list[str]) -> argparse.Namespace:
     parser.add_argument("--test-hooks", action="store_true", help="enable the /__test/ routes")
     parser.add_argument("--offline-pages", action="store_true",
                         help="seed hosted browser games on a closed loopback port, not their pages site")
+    parser.add_argument("--repository-host", default="https://github.com",
+                        help="scheme and domain of the git host shared games are cloned from (default: "
+                             "https://github.com); games' repoUrl values and accepted addresses use it")
     parser.add_argument("--dev-tokens", type=Path, help="write a fresh token pair of --dev-user here at start")
     parser.add_argument("--dev-user", default="demo", help="account for --dev-tokens (default: demo)")
     return parser.parse_args(argv)
@@ -55,7 +58,7 @@ def dev_tokens_text(svc: Service, username: str, url: str) -> str:
 
 
 async def serve(args: argparse.Namespace) -> None:
-    svc = open_service(args.data, args.test_hooks, args.offline_pages)
+    svc = open_service(args.data, args.test_hooks, args.offline_pages, args.repository_host)
     runner = web.AppRunner(create_app(svc), access_log_format='%r %s %b')
     await runner.setup()
     site = web.TCPSite(runner, "127.0.0.1", args.port, shutdown_timeout=2.0)

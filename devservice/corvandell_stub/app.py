@@ -13,6 +13,7 @@ from aiohttp import web
 from . import accounts, activity, catalogue, keyauth, profile, repos, social, testhooks, voice
 from .db import Clock, Db
 from .seed import seed_if_empty
+from .repos import DEFAULT_REPOSITORY_HOST
 from .web import Service, errors_as_json
 
 
@@ -25,11 +26,12 @@ def signing_key(db: Db) -> bytes:
     return bytes.fromhex(value)
 
 
-def open_service(data_dir: Path, test_hooks: bool, offline_pages: bool = False) -> Service:
+def open_service(data_dir: Path, test_hooks: bool, offline_pages: bool = False,
+                 repository_host: str = DEFAULT_REPOSITORY_HOST) -> Service:
     data_dir.mkdir(parents=True, exist_ok=True)
     db = Db(data_dir / "devservice.sqlite3")
     svc = Service(db=db, clock=Clock(), data_dir=data_dir, signing_key=signing_key(db), test_hooks=test_hooks,
-                  offline_pages=offline_pages)
+                  offline_pages=offline_pages, repository_host=repository_host.rstrip("/"))
     seed_if_empty(svc)
     return svc
 

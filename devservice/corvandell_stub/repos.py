@@ -8,6 +8,10 @@ repository's owner (by the GitHub login linked to the account) can then claim it
 The real service reads name and launch file of an owner's repository from its
 corvandell.txt; the stand-in cannot reach GitHub, so an owner's blank fields become
 the repository name and "index.html".
+
+The repository host is the service's setting (github.com unless --repository-host names a
+loopback git server): addresses are read against its domain, and every game's repoUrl is
+made from it when listed, so a store seeded once follows the host of each run.
 """
 from __future__ import annotations
 
@@ -20,11 +24,10 @@ from .accounts import current_user, require_user
 from .db import Row
 from .web import ApiError, Service, body_of, ctx, listing, new_id, no_content, reply, text_field
 
-HOST = "github.com"
+DEFAULT_REPOSITORY_HOST = "https://github.com"
 PAGES_SUFFIX = ".github.io"
 OWNER_SHAPE = re.compile(r"^[A-Za-z0-9](?:[A-Za-z0-9-]{0,37}[A-Za-z0-9])?$")
 REPO_SHAPE = re.compile(r"^[A-Za-z0-9._-]{1,100}$")
-BAD_ADDRESS = f"That doesn't look like a {HOST} repository or a *{PAGES_SUFFIX} Pages URL."
 DEFAULT_LAUNCH_FILE = "index.html"
 
 
@@ -42,13 +45,26 @@ def strip_scheme(text: str) -> str:
     return text
 
 
-def read_repository_address(text: str) -> RepoAddress | None:
+def host_domain(host_url: str) -> str:
+    return strip_scheme(host_url).rstrip("/")
+
+
+def bad_address_text(host_url: str) -> str:
+    return f"That doesn't look like a {host_domain(host_url)} repository or a *{PAGES_SUFFIX} Pages URL."
+
+
+def repository_url(svc: Service, owner: str, repo: str) -> str:
+    return f"{svc.repository_host}/{owner}/{repo}"
+
+
+def read_repository_address(text: str, host_url: str = DEFAULT_REPOSITORY_HOST) -> RepoAddress | None:
+    domain = host_domain(host_url).lower()
     rest = strip_scheme(text.strip())
     if rest.lower().startswith("www."):
         rest = rest[4:]
-    if not rest.lower().startswith(HOST + "/"):
+    if not rest.lower().startswith(domain + "/"):
         return None
-    owner, slash, tail = rest[len(HOST) + 1:].partition("/")
+    owner, slash, tail = rest[len(domain) + 1:].partition("/")
     if not owner or not slash:
         return None
     repo = tail.split("/", 1)[0]
@@ -91,7 +107,7 @@ def game_item(svc: Service, row: Row) -> dict[str, object]:
     submitter = svc.db.one("SELECT username FROM users WHERE id = ?", row["submitted_by"])
     return {
         "id": row["id"],
-        "repoUrl": row["repo_url"],
+        "repoUrl": repository_url(svc, row["owner_login"], row["repo_name"]),
         "ownerLogin": row["owner_login"],
         "repoName": row["repo_name"],
         "isVerifiedOwner": bool(row["is_verified_owner"]),
@@ -139,9 +155,9 @@ async def submit(request: web.Request) -> web.Response:
     user = require_user(request)
     body = await body_of(request)
     text = text_field(body, "repoUrl", max_len=300)
-    address = read_repository_address(text) or read_pages_address(text)
+    address = read_repository_address(text, svc.repository_host) or read_pages_address(text)
     if address is None:
-        raise ApiError(400, "invalid_repo_url", BAD_ADDRESS)
+        raise ApiError(400, "invalid_repo_url", bad_address_text(svc.repository_host))
     is_owner = owns(user, address.owner)
     existing = svc.db.one("SELECT * FROM repo_games WHERE lower(owner_login) = lower(?) "
                           "AND lower(repo_name) = lower(?)", address.owner, address.repo)
@@ -159,7 +175,7 @@ async def submit(request: web.Request) -> web.Response:
     game_id = new_id()
     svc.db.run("INSERT INTO repo_games(id, owner_login, repo_name, repo_url, display_name, launch_path, "
                "submitted_by, is_verified_owner, created_at) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)",
-               game_id, address.owner, address.repo, f"https://{HOST}/{address.owner}/{address.repo}",
+               game_id, address.owner, address.repo, repository_url(svc, address.owner, address.repo),
                name, launch, user["id"], int(is_owner), svc.clock.now())
     return reply(game_item(svc, find_game(svc, game_id)), status=201)
 

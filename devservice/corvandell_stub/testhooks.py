@@ -18,6 +18,7 @@ from aiohttp import web
 
 from .accounts import create_user, issue_tokens, user_by_name_or_email
 from .keyauth import read_outbox
+from .repos import DEFAULT_REPOSITORY_HOST
 from .web import ApiError, Handler, Service, body_of, ctx, listing, reply, text_field
 
 HOOK_PREFIX = "/__test/"
@@ -163,6 +164,28 @@ async def github_account(request: web.Request) -> web.Response:
     return reply({"userId": user["id"], "login": svc.github_accounts[user["id"]]})
 
 
+async def github_link(request: web.Request) -> web.Response:
+    """Links (or with an empty login unlinks) a user's GitHub login at once, as a finished
+    link flow would: {"username", "login"}."""
+    svc = ctx(request)
+    body = await body_of(request)
+    user = user_by_name_or_email(svc, text_field(body, "username", max_len=32))
+    if user is None:
+        raise ApiError(404, "user_not_found", "No such user.")
+    login = text_field(body, "login", required=False, max_len=39)
+    svc.db.run("UPDATE users SET github_login = ?, github_linked_at = ? WHERE id = ?",
+               login or None, svc.clock.now() if login else None, user["id"])
+    return reply({"userId": user["id"], "login": login})
+
+
+async def repository_host(request: web.Request) -> web.Response:
+    """Points shared games at another git host: {"url"}; an empty url restores github.com."""
+    svc = ctx(request)
+    url = text_field(await body_of(request), "url", required=False, max_len=200).strip().rstrip("/")
+    svc.repository_host = url or DEFAULT_REPOSITORY_HOST
+    return reply({"url": svc.repository_host})
+
+
 async def voice_frames(request: web.Request) -> web.Response:
     """Sends raw WebSocket frames to a user's voice sockets in a room:
     {"roomId","userId","frames":[{"opcode":0|1|2,"fin":bool,"hex":"..."}]}."""
@@ -191,4 +214,6 @@ def routes() -> list[web.RouteDef]:
         web.get(HOOK_PREFIX + "outbox", outbox),
         web.post(HOOK_PREFIX + "voice-frames", voice_frames),
         web.post(HOOK_PREFIX + "github-account", github_account),
+        web.post(HOOK_PREFIX + "github-link", github_link),
+        web.post(HOOK_PREFIX + "repository-host", repository_host),
     ]

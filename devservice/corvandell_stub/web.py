@@ -41,6 +41,9 @@ class Service:
     # Seed hosted browser games at a loopback address that answers nothing instead of their
     # pages site, so a test run's icon fetches never leave the machine.
     offline_pages: bool = False
+    # Scheme and domain of the repository host shared games are cloned from: github.com, or a
+    # loopback git server that serves the seeded games' repositories (scripts/run, tests).
+    repository_host: str = "https://github.com"
     voice: VoiceHub = field(default_factory=VoiceHub)
     file_cache: dict[str, bytes] = field(default_factory=dict)
     last_request: dict[str, Any] | None = None

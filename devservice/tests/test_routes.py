@@ -132,5 +132,49 @@ class OfflinePagesTest(unittest.TestCase):
         self.assertEqual(hosted("--offline-pages"), ["https://127.0.0.1:1/pixel-garden/"])
 
 
+class RepositoryHostTest(unittest.TestCase):
+    """A loopback git server in github.com's place: every game's repoUrl and the addresses
+    the service accepts follow it, and the default comes back when it is cleared."""
+
+    def test_repo_urls_and_accepted_addresses_follow_the_host(self) -> None:
+        server = Server("--repository-host", "http://127.0.0.1:4567/", "--test-hooks")
+        try:
+            def repo_urls() -> list[str]:
+                return sorted(item["repoUrl"] for item in server.ok("GET", "/api/v1/github-games")["items"])
+            self.assertIn("http://127.0.0.1:4567/alice-codes/tiny-tower", repo_urls())
+            token = server.session("sharer")["accessToken"]
+            path = "/api/v1/me/github-games"
+            cases = (
+                ("https://github.com/someone/space", 400, "That doesn't look like a 127.0.0.1:4567 repository "
+                                                         "or a *.github.io Pages URL."),
+                ("http://127.0.0.1:4567/Someone/Space.git", 201, "http://127.0.0.1:4567/Someone/Space"),
+            )
+            for address, status, expected in cases:
+                with self.subTest(address):
+                    reply = server.call("POST", path, {"repoUrl": address, "displayName": "Space",
+                                                       "launchPath": "index.html"}, token)
+                    self.assertEqual(reply.status, status)
+                    self.assertEqual(reply.json()["repoUrl" if status == 201 else "message"], expected)
+            server.ok("POST", "/__test/repository-host", {"url": ""})
+            self.assertIn("https://github.com/alice-codes/tiny-tower", repo_urls())
+            self.assertIn("https://github.com/Someone/Space", repo_urls())
+        finally:
+            server.stop()
+
+    def test_a_linked_owner_claims_what_another_user_shared(self) -> None:
+        server = Server("--test-hooks")
+        try:
+            owner = server.session("forge")["accessToken"]
+            game_id = seeded_id("repo-game", "pixel-forge/orbit-hop")
+            claim = f"/api/v1/me/github-games/{game_id}/claim"
+            self.assertEqual(server.call("POST", claim, token=owner).json()["error"], "github_not_linked")
+            server.ok("POST", "/__test/github-link", {"username": "forge", "login": "Pixel-Forge"})
+            self.assertEqual(server.ok("GET", "/api/v1/me/github", token=owner)["login"], "Pixel-Forge")
+            claimed = server.ok("POST", claim, token=owner)
+            self.assertEqual((claimed["submittedByUsername"], claimed["isVerifiedOwner"]), ("forge", True))
+        finally:
+            server.stop()
+
+
 if __name__ == "__main__":
     unittest.main()

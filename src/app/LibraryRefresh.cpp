@@ -4,6 +4,8 @@
 #include "base/Utf8Path.hpp"
 #include "launch/InstalledBuild.hpp"
 #include "stores/StoreScanners.hpp"
+#include "webgames/RepositoryAddress.hpp"
+#include "webgames/WebGameFolders.hpp"
 
 #include <exception>
 #include <map>
@@ -35,14 +37,14 @@ std::vector<RepositoryGame> browserGames(IApiClient& api) {
     return games;
 }
 
-void findClones(const std::filesystem::path& dataFolder, LibraryResult& result) {
+void findClones(const std::filesystem::path& dataFolder, const RepositoryHost& host, LibraryResult& result) {
     for (const RepositoryGame& game : result.browserGames) {
         if (game.launchPath.starts_with("https://")) {
             continue;
         }
-        const std::filesystem::path folder = browserGameCloneFolder(dataFolder, game);
+        const std::filesystem::path folder = browserGameCloneFolder(dataFolder, game, host);
         std::error_code error;
-        if (std::filesystem::is_directory(folder, error)) {
+        if (!folder.empty() && std::filesystem::is_directory(folder, error)) {
             result.cloneFolders[game.id] = pathToUtf8(folder);
         }
     }
@@ -66,19 +68,20 @@ void askLatestBuilds(IApiClient& api, const std::vector<LibraryRecord>& installe
 } // namespace
 
 std::filesystem::path browserGameCloneFolder(const std::filesystem::path& dataFolder,
-                                             const RepositoryGame& game) {
-    return dataFolder / "github" / pathFromUtf8(game.ownerLogin + "-" + game.repoName);
+                                             const RepositoryGame& game, const RepositoryHost& host) {
+    const std::optional<RepositoryAddress> address = readRepositoryAddress(game.repoUrl, host);
+    return address ? webGameCloneFolder(dataFolder, *address) : std::filesystem::path();
 }
 
 LibraryResult gatherLibrary(IApiClient& api, const StoreHost& stores, const std::filesystem::path& dataFolder,
-                            const std::vector<LibraryRecord>& installedGames,
-                            const std::string& query) noexcept {
+                            const std::vector<LibraryRecord>& installedGames, const std::string& query,
+                            const RepositoryHost& repositoryHost) noexcept {
     LibraryResult result;
     try {
         result.query = query;
         scanStores(stores, result);
         result.browserGames = browserGames(api);
-        findClones(dataFolder, result);
+        findClones(dataFolder, repositoryHost, result);
         result.catalogue = api.listSoftware("name", query, "", "windows");
         try {
             result.entitlements = api.listEntitlements();

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace corvandell {
 
@@ -14,5 +15,9 @@ struct RepositoryHost {
     // The url without its scheme, as addresses are compared against it: "github.com".
     std::string domain() const;
 };
+
+// The defaults with the test switches "--repository-host=<url>" and "--pages-domain=<domain>"
+// applied, from a program's arguments; anything else is left alone, an empty value too.
+RepositoryHost repositoryHostFromSwitches(const std::vector<std::string>& arguments);
 
 } // namespace corvandell

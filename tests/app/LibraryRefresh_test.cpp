@@ -126,6 +126,45 @@ TEST_F(LibraryRefreshTest, TheInstalledBuildIsReadFromTheTitlesFolderAndDecidesT
     }
 }
 
+// The refresh looks for a clone exactly where the clone writes it: the folder comes from the
+// game's repository address read against the client's repository host, letter case kept,
+// never from the listing's owner and name fields.
+TEST_F(LibraryRefreshTest, CloneFoldersComeFromTheRepositoryAddressOnTheClientsHost) {
+    const RepositoryHost gitHub{"https://github.com", "github.io"};
+    const RepositoryHost loopback{"http://127.0.0.1:4567", "github.io"};
+    const struct {
+        const char* repoUrl;
+        const RepositoryHost& host;
+        const char* folder; // under data/github; nullptr: no clone can be found
+    } cases[] = {
+        {"https://github.com/Alice-Codes/Tiny-Tower.git/", gitHub, "Alice-Codes-Tiny-Tower"},
+        {"http://127.0.0.1:4567/player/orbit", loopback, "player-orbit"},
+        {"https://github.com/player/orbit", loopback, nullptr},
+        {"http://127.0.0.1:4567/player/orbit", gitHub, nullptr},
+        {"https://github.com/player", gitHub, nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.repoUrl);
+        fs::remove_all(temp_.path() / "data" / "github");
+        for (const char* folder : {"Alice-Codes-Tiny-Tower", "player-orbit", "alice-codes-tiny-tower"}) {
+            temp_.writeFile(fs::path("data") / "github" / folder / "index.html", "<html></html>");
+        }
+        service_.answer(
+            "GET /api/v1/github-games",
+            std::string(R"({"items":[{"id":"g1","repoUrl":")") + c.repoUrl +
+                R"(","ownerLogin":"alice-codes","repoName":"tiny-tower","launchPath":"index.html"}]})");
+        const MapEnvironment environment;
+        const StoreHost host{registry_, environment, {}};
+        const LibraryResult result = gatherLibrary(service_, host, temp_.path() / "data", {}, "", c.host);
+        ASSERT_TRUE(result.succeeded) << result.errorText;
+        std::map<std::string, std::string> expected;
+        if (c.folder != nullptr) {
+            expected["g1"] = pathToUtf8(temp_.path() / "data" / "github" / c.folder);
+        }
+        EXPECT_EQ(result.cloneFolders, expected);
+    }
+}
+
 TEST_F(LibraryRefreshTest, FailuresKeepTheLocalGamesAndMissingEntitlementsAreNoFailure) {
     struct FailureCase {
         const char* request;

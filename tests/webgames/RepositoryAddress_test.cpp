@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace corvandell {
 namespace {
@@ -68,6 +70,25 @@ TEST(RepositoryAddress, TheHostIsReplaceable) {
               (RepositoryAddress{"me", "game"}));
     EXPECT_EQ(readRepositoryAddress("https://github.com/me/game", loopback), std::nullopt);
     EXPECT_EQ(readPagesAddress("https://me.pages.test/game/", loopback), (RepositoryAddress{"me", "game"}));
+}
+
+TEST(RepositoryAddress, TestSwitchesReplaceTheHost) {
+    const struct {
+        std::vector<std::string> arguments;
+        RepositoryHost expected;
+    } cases[] = {
+        {{}, RepositoryHost{}},
+        {{"--repository-host=http://127.0.0.1:4567/"},
+         RepositoryHost{"http://127.0.0.1:4567", RepositoryHost{}.pagesDomain}},
+        {{"--pages-domain=pages.test", "--repository-host=http://h:1"},
+         RepositoryHost{"http://h:1", "pages.test"}},
+        {{"--repository-host=", "--pages-domain", "repository-host=x"}, RepositoryHost{}},
+    };
+    for (const auto& c : cases) {
+        const RepositoryHost host = repositoryHostFromSwitches(c.arguments);
+        EXPECT_EQ(host.url, c.expected.url);
+        EXPECT_EQ(host.pagesDomain, c.expected.pagesDomain);
+    }
 }
 
 TEST(RepositoryAddress, ChecksLaunchFiles) {

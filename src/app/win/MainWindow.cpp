@@ -81,9 +81,10 @@ MainWindow::MainWindow(HINSTANCE instance, DataPaths paths, Settings settings, G
     if (!jobs_.makeRefresh) {
         // The window outlives its jobs, so the job may use its service client.
         jobs_.makeRefresh = [this](const std::string& query) -> std::function<LibraryResult()> {
-            return [api = api_.get(), dataFolder = paths_.dataFolder, installed = installedGames_, query] {
+            return [api = api_.get(), dataFolder = paths_.dataFolder, installed = installedGames_, query,
+                    repositoryHost = jobs_.repositoryHost] {
                 const WindowsStoreHost stores;
-                return gatherLibrary(*api, stores.host(), dataFolder, installed, query);
+                return gatherLibrary(*api, stores.host(), dataFolder, installed, query, repositoryHost);
             };
         };
     }
@@ -311,6 +312,12 @@ LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {
     case MsgInstallResult:
         onInstallResult(takeUiJobResult<InstallResult>(lParam));
         return 0;
+    case MsgCloneReport:
+        onCloneReport(takeUiJobResult<CloneReport>(lParam));
+        return 0;
+    case MsgAddGameEnded:
+        onAddGameEnded(wParam != 0);
+        return 0;
     case MsgThemeChanged:
         themeApplyToList(list_);
         RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
@@ -389,7 +396,8 @@ void MainWindow::onDestroy() {
     largeIcon_.reset();
     rowIcons_.clear();
     saveFiles();
-    installs_.cancel.cancel(); // a download would otherwise keep the client open until it ends
+    installs_.cancel.cancel(); // a download or a clone would otherwise keep the client open
+    addGame_.reset();
     // A job still running would post to a window that is gone; its result is freed with
     // the rest once it has arrived.
     jobThreads_.waitForAll();
@@ -449,6 +457,9 @@ void MainWindow::discardPendingResults() noexcept {
         case MsgInstallResult:
             takeUiJobResult<InstallResult>(message.lParam).reset();
             break;
+        case MsgCloneReport:
+            takeUiJobResult<CloneReport>(message.lParam).reset();
+            break;
         case MsgRatingsLoaded:
         case MsgRatingResult:
             takeUiJobResult<RatingsResult>(message.lParam).reset();
@@ -485,6 +496,9 @@ void MainWindow::onCommand(int id, int notification) {
     case command::Exit:
         DestroyWindow(hwnd_);
         return;
+    case command::AddGame:
+        openAddGame();
+        return;
     case command::Friends:
     case command::Options:
         if (HWND open = childWindow(id == command::Friends ? ChildKind::Friends : ChildKind::Options);
@@ -500,7 +514,7 @@ void MainWindow::onCommand(int id, int notification) {
         }
         return;
     default:
-        // Add Game and Game Options act once sharing browser games is part of the client.
+        // Game Options acts once browser games have a browser choice of their own.
         return;
     }
 }

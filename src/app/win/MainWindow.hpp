@@ -14,6 +14,7 @@
 #include "app/RefreshSequence.hpp"
 #include "app/RowText.hpp"
 #include "app/SettingsFile.hpp"
+#include "app/win/CloneState.hpp"
 #include "app/win/GameTracking.hpp"
 #include "app/win/InstallState.hpp"
 #include "app/win/MessageLoop.hpp"
@@ -31,6 +32,7 @@
 #include "launch/win/GameWatcher.hpp"
 #include "stores/win/StoreWatcher.hpp"
 #include "webgames/RepositoryHost.hpp"
+#include "webgames/win/AddGameDialog.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -80,6 +82,11 @@ public:
     // Installs or updates the selected row when the client installs it; explains otherwise.
     void installSelected();
     void launchSelected();
+    // Clones (or updates) a shared repository game into the data folder (MainWindowClone.cpp).
+    void cloneGitHubGame(const LibraryItem& row);
+    // Opens the Add Game dialog, or brings it forward when it is open.
+    void openAddGame();
+    AddGameDialog* addGameDialog() noexcept { return addGame_.get(); }
     void recordLaunchStart(const LibraryItem& row);
     // Begins following a started game (the browser launcher hands its games in here too).
     void startTracking(StartedGame game, const std::string& title, const std::string& key,
@@ -126,6 +133,8 @@ private:
     void onPlaytimeResult(std::unique_ptr<PlaytimeResult> result);
     void onDownloadProgress(std::unique_ptr<DownloadProgress> progress);
     void onInstallResult(std::unique_ptr<InstallResult> result);
+    void onCloneReport(std::unique_ptr<CloneReport> report);
+    void onAddGameEnded(bool wasGameAdded);
     void discardPendingResults() noexcept;
 
     // Launching and tracking (MainWindowLaunch.cpp).
@@ -213,6 +222,8 @@ private:
     bool balloonShown_ = false;
     int balloonsShown_ = 0;
     InstallState installs_;
+    CloneState clones_;
+    std::unique_ptr<AddGameDialog> addGame_;
     // Last, so that on every path its jobs end before anything they may use is destroyed.
     UiJobThreads jobThreads_;
 };

@@ -65,8 +65,7 @@ void MainWindow::installSelected() {
     const LibraryItem row = rows_[static_cast<size_t>(index)];
     if (row.isBrowserGame()) {
         if (!row.browserGame->launchTarget.starts_with("https://")) {
-            // Cloning a shared repository is the Add Game flow's cloneGitHubGame; until the
-            // client has it, a clone row's install action starts nothing.
+            cloneGitHubGame(row);
             return;
         }
         setStatus(L"This game runs from the web - nothing to install. Just press Launch.");

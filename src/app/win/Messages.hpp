@@ -1,5 +1,5 @@
-// Private messages of the main window, counted from WM_APP. Numbers +16 to +18 are left
-// free on purpose: other windows use them.
+// Private messages of the main window, counted from WM_APP. Number +16 is left
+// free on purpose: the browser game launcher takes it.
 #pragma once
 
 #include <windows.h>
@@ -11,6 +11,8 @@ inline constexpr UINT MsgDownloadProgress = WM_APP + 12; // lParam: a DownloadPr
 inline constexpr UINT MsgInstallResult = WM_APP + 13;    // lParam: an InstallResult to take
 inline constexpr UINT MsgThemeChanged = WM_APP + 14;
 inline constexpr UINT MsgChildClosed = WM_APP + 15;
+inline constexpr UINT MsgCloneReport = WM_APP + 17;  // lParam: a CloneReport to take
+inline constexpr UINT MsgAddGameEnded = WM_APP + 18; // wParam 1: a game was added
 // lParam a FollowedProcess: the game handed off to a process found under its folder.
 inline constexpr UINT MsgGameFollowed = WM_APP + 19;
 inline constexpr UINT MsgGameExited = WM_APP + 20;

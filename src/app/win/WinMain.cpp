@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
 #include "app/DataPaths.hpp"
 #include "app/SettingsFile.hpp"
 #include "app/Skins.hpp"
@@ -14,6 +16,8 @@
 #include "base/win/WindowsEnvironment.hpp"
 
 #include <exception>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -25,6 +29,21 @@ void applyChosenSkin(const corvandell::DataPaths& paths, const corvandell::Setti
         // An unreadable skins folder must not keep the client from starting.
         corvandell::applyTheme(corvandell::chooseSkin(corvandell::builtInSkins(), settings.skinId));
     }
+}
+
+// The switches are for tests and scripts/run, which serve browser games from loopback.
+corvandell::RepositoryHost repositoryHostOfCommandLine() {
+    int count = 0;
+    LPWSTR* words = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (words == nullptr) {
+        return {};
+    }
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        arguments.push_back(corvandell::win::narrow(words[i]));
+    }
+    LocalFree(words);
+    return corvandell::repositoryHostFromSwitches(arguments);
 }
 
 int runClient(HINSTANCE instance, int showCommand) {
@@ -42,8 +61,10 @@ int runClient(HINSTANCE instance, int showCommand) {
         return 0;
     }
 
+    corvandell::win::MainWindowJobs jobs;
+    jobs.repositoryHost = repositoryHostOfCommandLine();
     auto window = std::make_unique<corvandell::win::MainWindow>(instance, paths, std::move(settings),
-                                                                std::move(settingsFile));
+                                                                std::move(settingsFile), std::move(jobs));
     const int exitCode = window->run(showCommand);
     window.reset();
     return exitCode;

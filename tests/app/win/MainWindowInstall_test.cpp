@@ -334,7 +334,8 @@ TEST_F(MainWindowInstallTest, ClosingTheClientStopsACappedDownloadAtOnceAndInsta
     EXPECT_EQ(filesUnder(games()), std::vector<std::string>{}) << "the partial file was left";
 }
 
-// Rows the client never downloads: Steam's, another store's and browser games.
+// Rows the client never downloads: Steam's, another store's, hosted browser games, and a
+// repository game whose address is not on the repository host.
 TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
     w_.jobs.api = std::make_shared<test::ScriptedService>(); // any service call would fail the test's texts
     const auto detected = [](const char* store, const char* storeName, const char* id, const char* title) {
@@ -354,7 +355,8 @@ TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
     result.browserGames = {// Hosted on loopback, so the site icon the list asks for never leaves the machine.
                            {"g1", "https://github.com/chen-plays/pixel-garden", "chen-plays", "pixel-garden",
                             "Pixel Garden", "https://127.0.0.1:9/pixel-garden/", true, "chen"},
-                           {"g2", "https://github.com/alice-codes/tiny-tower", "alice-codes", "tiny-tower",
+                           // Not on the repository host, so there is nothing to clone it from.
+                           {"g2", "https://gitlab.com/alice-codes/tiny-tower", "alice-codes", "tiny-tower",
                             "Tiny Tower", "index.html", true, "alice"}};
     w_.answerRefreshes(result);
     open();
@@ -365,7 +367,7 @@ TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
         {"Moss Valley", {L"This game is installed and updated by Steam."}},
         {"Cave Run", {L"This game is installed and updated by Epic Games."}},
         {"Pixel Garden", {L"This game runs from the web - nothing to install. Just press Launch."}},
-        {"Tiny Tower", {}},
+        {"Tiny Tower", {L"This game has an invalid repository URL."}},
     };
     for (const auto& c : cases) {
         ASSERT_TRUE(w_.select(c.name));

@@ -68,10 +68,13 @@ void pressKey(HWND window, WORD key) {
 ClientUnderTest::ClientUnderTest(const std::filesystem::path& appData,
                                  const std::filesystem::path& localAppData,
                                  const std::filesystem::path& workingFolder, int showCommand,
-                                 const std::filesystem::path& executable) {
+                                 const std::filesystem::path& executable, const std::wstring& arguments) {
     const std::filesystem::path program =
         executable.empty() ? siblingExecutable(L"corvandell.exe") : executable;
     std::wstring commandLine = L"\"" + program.wstring() + L"\"";
+    if (!arguments.empty()) {
+        commandLine += L" " + arguments;
+    }
     std::vector<wchar_t> environment = environmentWith(appData, localAppData);
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);

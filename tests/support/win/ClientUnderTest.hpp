@@ -17,10 +17,10 @@ public:
     // Starts the client in `workingFolder` with APPDATA and LOCALAPPDATA set for it alone;
     // every other variable is this process's. `showCommand` is what a shortcut would ask
     // for (SW_SHOWMINNOACTIVE for "Run: Minimised"; -1 for the default); `executable` is
-    // the built corvandell.exe unless given.
+    // the built corvandell.exe unless given; `arguments` follow it on the command line.
     ClientUnderTest(const std::filesystem::path& appData, const std::filesystem::path& localAppData,
                     const std::filesystem::path& workingFolder, int showCommand = -1,
-                    const std::filesystem::path& executable = {});
+                    const std::filesystem::path& executable = {}, const std::wstring& arguments = {});
     // A client still running is killed, so a failed test leaves nothing behind.
     ~ClientUnderTest();
     ClientUnderTest(const ClientUnderTest&) = delete;
