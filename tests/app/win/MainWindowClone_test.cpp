@@ -1,8 +1,9 @@
 // Browser games from the main window, end to end: a repository game shared through the Add
 // Game dialog against the stand-in, its repository served by the real `git http-backend`
 // (the git-http fixture's player/orbit); Install clones it into the data folder's "github"
-// folder with the clone's progress in the status line, and the row becomes ready. Failed
-// clones (server down, a repository the host does not have) say why and leave the old copy.
+// folder with the clone's progress in the status line, the row becomes ready, and Launch
+// plays the clone in the kiosk browser with its session reported. Failed clones (server
+// down, a repository the host does not have) say why and leave the old copy.
 #include <windows.h>
 
 #include "api/win/WinHttpApiClient.hpp"
@@ -11,15 +12,19 @@
 #include "base/win/WideText.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
+#include "support/win/FakeBrowsers.hpp"
 #include "support/win/MessagePump.hpp"
 #include "support/win/ServiceStandIn.hpp"
 #include "support/win/StatusRecorder.hpp"
+#include "webgames/BrowserCommand.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace corvandell::win {
 namespace {
@@ -159,7 +164,32 @@ TEST_F(MainWindowCloneTest, AGameSharedThroughAddGameIsClonedByInstallAndBecomes
     select("Orbit Arcade");
     EXPECT_EQ(actionLabel(), L"Launch");
 
-    // Next: Launch starts the kiosk browser on the clone's index.html (the launcher's test).
+    // Launch plays the clone offline: the kiosk browser opens the clone's own index.html, and
+    // the session is reported from start to Stop.
+    test::BrowserRegistrations registry;
+    const fs::path edge = test::placeFakeBrowser(folder_.path() / "Edge", L"msedge.exe");
+    registry.addAppPath(HKEY_CURRENT_USER, L"msedge.exe", edge);
+    const std::size_t callsBefore = receivedRequests().size();
+    send(command::Launch);
+    std::optional<test::BrowserStart> start;
+    ASSERT_TRUE(test::pumpUntil([&] { return (start = test::recordedStart(edge)).has_value(); }, 15'000));
+    const std::wstring indexUrl = fileUrl((cloneFolder() / "index.html").wstring());
+    EXPECT_NE(start->commandLine.find(L" --app=" + indexUrl + L" --kiosk "), std::wstring::npos)
+        << narrow(start->commandLine);
+    EXPECT_EQ(fs::path(start->workingFolder), cloneFolder());
+    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 2; }, 15'000));
+    send(command::Launch); // Stop
+    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 0; }, 15'000));
+    const auto sessionCalls = [&] {
+        std::vector<std::string> calls = receivedRequests();
+        calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(callsBefore));
+        std::erase_if(calls,
+                      [](const std::string& call) { return !call.starts_with("POST /api/v1/activity/"); });
+        return calls;
+    };
+    ASSERT_TRUE(test::pumpUntil([&] { return sessionCalls().size() >= 2; }, 10'000));
+    EXPECT_EQ(sessionCalls()[0], "POST /api/v1/activity/external-launches");
+    EXPECT_TRUE(sessionCalls()[1].ends_with("/end")) << sessionCalls()[1];
 }
 
 // An update that cannot finish keeps the copy the user already plays.
