@@ -167,6 +167,13 @@ std::string object_header(std::int32_t type, std::size_t contentSize) {
     return header;
 }
 
+Sha1Digest object_digest(std::int32_t type, std::string_view content) {
+    Sha1 hash;
+    hash.update(object_header(type, content.size()));
+    hash.update(content);
+    return hash.finish();
+}
+
 std::size_t plausible_entry_count(PackBytes& pack) {
     if (pack.size() < kHeaderBytes + kChecksumBytes) {
         return 0;

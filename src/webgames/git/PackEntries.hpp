@@ -15,6 +15,7 @@
 #include "webgames/git/ByteBudget.hpp"
 #include "webgames/git/PackSource.hpp"
 #include "webgames/git/Packfile.hpp"
+#include "webgames/git/Sha1.hpp"
 
 namespace corvandell::git {
 
@@ -39,6 +40,9 @@ struct PackEntry {
 
 // "blob 12\0": what an object's name is hashed over before its content.
 std::string object_header(std::int32_t type, std::size_t contentSize);
+
+// The SHA-1 an object is named by, of its header and content.
+Sha1Digest object_digest(std::int32_t type, std::string_view content);
 
 // The most entries a pack of this size can hold, whatever its header claims.
 std::size_t plausible_entry_count(PackBytes& pack);

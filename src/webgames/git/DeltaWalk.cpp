@@ -1,0 +1,204 @@
+// The delta walk: bases first, each delta right after the base it is made on.
+//
+// The pack order a resolution would follow keeps a base alive until its last delta turns
+// up, anywhere later in the pack; walking the base's own list of deltas instead holds it
+// only while that list is worked through, and releases it before the last delta's result
+// is walked in turn, so a chain of any length holds two contents at a time. Each content
+// is made exactly once, at the size its delta announces.
+//
+// Failures must come out as a resolution in pack order would meet them. In pack order,
+// every offset delta's base (always earlier) is done before the delta, so the failure met
+// first is the failing entry that comes first; each delta is applied under the byte
+// allowance it would have had in pack order, which the announced sizes of the deltas
+// before it give, since every one of them succeeded when it matters.
+#include "webgames/git/DeltaWalk.hpp"
+
+#include "webgames/git/Delta.hpp"
+#include "webgames/git/PackEntries.hpp"
+
+#include <algorithm>
+#include <string>
+
+namespace corvandell::git {
+
+namespace {
+
+struct Frame {
+    std::size_t entry = 0;
+    std::string content;
+    std::size_t nextChild = 0; // into the children list
+    std::size_t endChild = 0;
+};
+
+class DeltaWalk {
+public:
+    DeltaWalk(PackBytes& pack, std::vector<PackIndexEntry>& entries, PackIndexStats& stats)
+        : pack_(pack), entries_(entries), stats_(stats), childStart_(entries.size() + 1, 0) {}
+
+    void link(const std::vector<std::size_t>& baseOffsets);
+    void walk_from(std::size_t root, const std::vector<std::uint64_t>& allowances);
+    PackError result() const;
+
+private:
+    void fail(std::size_t entry, PackError why) {
+        if (entry < failedEntry_) {
+            failedEntry_ = entry;
+            failure_ = why;
+        }
+    }
+    std::optional<std::size_t> at_offset(std::size_t offset) const;
+    void hold(std::size_t bytes) {
+        heldBytes_ += bytes;
+        stats_.peakContentBytes = std::max(stats_.peakContentBytes, heldBytes_);
+    }
+    void release(std::string& content) {
+        heldBytes_ -= content.size();
+        std::string().swap(content);
+    }
+
+    PackBytes& pack_;
+    std::vector<PackIndexEntry>& entries_;
+    PackIndexStats& stats_;
+    std::vector<std::uint32_t> childStart_; // entry i's deltas: children_[childStart_[i], childStart_[i + 1])
+    std::vector<std::uint32_t> children_;
+    std::uint64_t heldBytes_ = 0;
+    std::size_t failedEntry_ = SIZE_MAX;
+    PackError failure_ = PackError::None;
+};
+
+std::optional<std::size_t> DeltaWalk::at_offset(std::size_t offset) const {
+    const auto found =
+        std::lower_bound(entries_.begin(), entries_.end(), offset,
+                         [](const PackIndexEntry& entry, std::size_t value) { return entry.offset < value; });
+    if (found == entries_.end() || found->offset != offset) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(found - entries_.begin());
+}
+
+// Children lists in pack order, as one array cut by per-entry starts.
+void DeltaWalk::link(const std::vector<std::size_t>& baseOffsets) {
+    std::vector<std::uint32_t> bases(entries_.size(), PackIndexEntry::kNoBase);
+    for (std::size_t index = 0; index < entries_.size(); ++index) {
+        switch (entries_[index].packType) {
+        case kPackCommit:
+        case kPackTree:
+        case kPackBlob:
+        case kPackTag:
+            continue;
+        case kPackOffsetDelta:
+            break;
+        default:
+            fail(index, PackError::UnknownType);
+            continue;
+        }
+        const auto base = at_offset(baseOffsets[index]);
+        if (!base) {
+            fail(index, PackError::MissingBase);
+        } else if (*base == index) {
+            fail(index, PackError::DeltaCycle);
+        } else {
+            bases[index] = static_cast<std::uint32_t>(*base);
+            ++childStart_[*base + 1];
+        }
+    }
+    for (std::size_t index = 0; index < entries_.size(); ++index) {
+        childStart_[index + 1] += childStart_[index];
+    }
+    children_.resize(childStart_.back());
+    std::vector<std::uint32_t> filled(childStart_.begin(), childStart_.end() - 1);
+    for (std::size_t index = 0; index < entries_.size(); ++index) {
+        if (bases[index] != PackIndexEntry::kNoBase) {
+            children_[filled[bases[index]]++] = static_cast<std::uint32_t>(index);
+        }
+    }
+}
+
+void DeltaWalk::walk_from(std::size_t root, const std::vector<std::uint64_t>& allowances) {
+    if (childStart_[root] == childStart_[root + 1]) {
+        return;
+    }
+    auto content = inflate_entry_again(pack_, entries_[root]);
+    if (!content) {
+        fail(root, PackError::BadStream);
+        return;
+    }
+    hold(content->size());
+    std::vector<Frame> stack;
+    stack.push_back({root, std::move(*content), childStart_[root], childStart_[root + 1]});
+    while (!stack.empty()) {
+        Frame& top = stack.back();
+        if (top.nextChild == top.endChild) {
+            release(top.content);
+            stack.pop_back();
+            continue;
+        }
+        const std::size_t child = children_[top.nextChild++];
+        const auto delta = inflate_entry_again(pack_, entries_[child]);
+        if (!delta) {
+            fail(child, PackError::BadStream);
+            continue;
+        }
+        DeltaError error = DeltaError::None;
+        auto result = apply_delta(top.content, *delta, &error, static_cast<std::size_t>(allowances[child]));
+        if (!result) {
+            const bool isTooLarge = error == DeltaError::TooLarge || error == DeltaError::OutOfMemory;
+            fail(child, isTooLarge ? PackError::TooLarge : PackError::BadDelta);
+            continue;
+        }
+        hold(result->size());
+        PackIndexEntry& entry = entries_[child];
+        entry.base = static_cast<std::uint32_t>(top.entry);
+        entry.type = entries_[top.entry].type;
+        entry.size = result->size();
+        entry.name = object_digest(entry.type, *result);
+        entries_[top.entry].isBase = true;
+        if (top.nextChild == top.endChild) { // its last use: gone before the walk goes deeper
+            release(top.content);
+            stack.pop_back();
+        }
+        if (childStart_[child] == childStart_[child + 1]) {
+            release(*result);
+            continue;
+        }
+        stack.push_back({child, std::move(*result), childStart_[child], childStart_[child + 1]});
+    }
+}
+
+PackError DeltaWalk::result() const {
+    if (failure_ != PackError::None) {
+        return failure_;
+    }
+    const bool isAllResolved = std::all_of(entries_.begin(), entries_.end(), [](const PackIndexEntry& entry) {
+        return entry.packType != kPackOffsetDelta || entry.isDelta();
+    });
+    return isAllResolved ? PackError::None : PackError::MissingBase;
+}
+
+} // namespace
+
+PackError walk_offset_deltas(PackBytes& pack, std::vector<PackIndexEntry>& entries, DeltaWalkInput input,
+                             ByteBudget budget, PackIndexStats& stats) {
+    DeltaWalk walk(pack, entries, stats);
+    walk.link(input.baseOffsets);
+    std::vector<std::size_t>().swap(input.baseOffsets);
+    // Each delta's allowance in place of its announced size. A delta over its allowance
+    // fails, so the sizes after it never count.
+    std::vector<std::uint64_t>& allowances = input.targetSizes;
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        if (entries[index].packType != kPackOffsetDelta) {
+            continue;
+        }
+        const std::uint64_t target = allowances[index];
+        allowances[index] = budget.allowance();
+        (void)budget.take(target);
+    }
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        if (entries[index].packType >= kPackCommit && entries[index].packType <= kPackTag) {
+            walk.walk_from(index, allowances);
+        }
+    }
+    return walk.result();
+}
+
+} // namespace corvandell::git
