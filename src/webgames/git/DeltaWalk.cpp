@@ -4,7 +4,9 @@
 // up, anywhere later in the pack; walking the base's own list of deltas instead holds it
 // only while that list is worked through, and releases it before the last delta's result
 // is walked in turn, so a chain of any length holds two contents at a time. Each content
-// is made exactly once, at the size its delta announces.
+// is made exactly once, at the size its delta announces. A base is held while the deltas
+// before its last are walked, so the delta with the most below it goes last: then any
+// path down the walk passes at most log2(entries) bases that wait on a later delta.
 //
 // Failures must come out as a resolution in pack order would meet them. In pack order,
 // every offset delta's base (always earlier) is done before the delta, so the failure met
@@ -110,6 +112,24 @@ void DeltaWalk::link(const std::vector<std::size_t>& baseOffsets) {
     for (std::size_t index = 0; index < entries_.size(); ++index) {
         if (bases[index] != PackIndexEntry::kNoBase) {
             children_[filled[bases[index]]++] = static_cast<std::uint32_t>(index);
+        }
+    }
+    // Deltas come after their bases, so one backward sweep sums every subtree.
+    std::vector<std::uint32_t>& below = filled;
+    std::fill(below.begin(), below.end(), 1);
+    for (std::size_t index = entries_.size(); index-- > 0;) {
+        if (bases[index] != PackIndexEntry::kNoBase) {
+            below[bases[index]] += below[index];
+        }
+    }
+    for (std::size_t index = 0; index < entries_.size(); ++index) {
+        const auto first = children_.begin() + childStart_[index];
+        const auto last = children_.begin() + childStart_[index + 1];
+        if (last - first > 1) {
+            std::iter_swap(
+                std::max_element(first, last,
+                                 [&below](std::uint32_t a, std::uint32_t b) { return below[a] < below[b]; }),
+                last - 1);
         }
     }
 }
