@@ -32,24 +32,23 @@ void append_component(NativeText& folder, std::string_view name) {
 void write_checkout(const CheckoutPlan& plan, ObjectSource& objects, const std::filesystem::path& folder) {
     using Kind = CheckoutStep::Kind;
     NativeText current = folder.native();
-    std::string buffer;
     std::vector<std::size_t> parentLengths;
     for (const CheckoutStep& step : plan.steps) {
         switch (step.kind) {
         case Kind::EnterFolder:
             parentLengths.push_back(current.size());
-            append_component(current, step.name);
+            append_component(current, plan.name_of(step));
             break;
         case Kind::LeaveFolder:
             current.resize(parentLengths.back());
             parentLengths.pop_back();
             break;
         case Kind::WriteFile: {
-            const auto content = objects.read(raw_of(step.blob), buffer);
+            const auto content = objects.read(raw_of(step.blob));
             if (!content) {
                 throw std::runtime_error("missing blob object in pack");
             }
-            write_file(std::filesystem::path(current) / pathFromUtf8(step.name), *content);
+            write_file(std::filesystem::path(current) / pathFromUtf8(plan.name_of(step)), *content);
             break;
         }
         }

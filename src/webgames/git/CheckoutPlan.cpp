@@ -11,7 +11,7 @@
 #include "webgames/git/Sha1.hpp"
 
 #include <algorithm>
-#include <deque>
+#include <memory>
 #include <stdexcept>
 
 namespace corvandell::git {
@@ -22,19 +22,14 @@ constexpr std::uint32_t kTypeMask = 0xF000;
 constexpr std::uint32_t kDirectoryType = 0x4000;
 constexpr std::uint32_t kRegularFileType = 0x8000;
 
-// Copied, since the source's view lasts only until its next read; the deque never moves
-// a tree once read, so the readers' views of the open trees stay valid.
+// Kept in `open` while its reader views it; the string itself never moves.
 std::string_view read_tree_object(ObjectSource& objects, std::string_view rawName,
-                                  std::deque<std::string>& open) {
-    std::string& bytes = open.emplace_back();
-    const auto content = objects.read(rawName, bytes);
+                                  std::vector<std::shared_ptr<const std::string>>& open) {
+    auto content = objects.read(rawName);
     if (!content) {
         throw std::runtime_error("missing tree object in pack");
     }
-    if (content->data() != bytes.data()) {
-        bytes.assign(*content);
-    }
-    return bytes;
+    return *open.emplace_back(std::move(content));
 }
 
 } // namespace
@@ -47,7 +42,7 @@ CheckoutPlan plan_checkout(ObjectSource& objects, const std::string& treeName, c
     }
     CheckoutPlan plan;
     std::size_t entryCount = 0;
-    std::deque<std::string> trees;
+    std::vector<std::shared_ptr<const std::string>> trees;
     std::vector<TreeEntryReader> open{TreeEntryReader(read_tree_object(objects, raw_of(*root), trees))};
     while (!open.empty()) {
         TreeEntryView entry;
@@ -55,7 +50,7 @@ CheckoutPlan plan_checkout(ObjectSource& objects, const std::string& treeName, c
             open.pop_back();
             trees.pop_back();
             if (!open.empty()) {
-                plan.steps.push_back({Kind::LeaveFolder, {}, {}, 0});
+                plan.steps.push_back({Kind::LeaveFolder, 0, 0, {}, 0});
             }
             continue;
         }
@@ -70,7 +65,8 @@ CheckoutPlan plan_checkout(ObjectSource& objects, const std::string& treeName, c
             if (open.size() > limits.maxDepth) {
                 throw std::runtime_error("tree nesting too deep");
             }
-            plan.steps.push_back({Kind::EnterFolder, std::string(entry.name), {}, 0});
+            plan.steps.push_back({Kind::EnterFolder, plan.names.size(), entry.name.size(), {}, 0});
+            plan.names.append(entry.name);
             open.emplace_back(read_tree_object(objects, entry.rawId, trees));
         } else if (type == kRegularFileType) {
             const auto size = objects.size_of(entry.rawId);
@@ -82,8 +78,9 @@ CheckoutPlan plan_checkout(ObjectSource& objects, const std::string& treeName, c
             }
             plan.byteCount += *size;
             ++plan.fileCount;
-            CheckoutStep& step =
-                plan.steps.emplace_back(CheckoutStep{Kind::WriteFile, std::string(entry.name), {}, *size});
+            CheckoutStep& step = plan.steps.emplace_back(
+                CheckoutStep{Kind::WriteFile, plan.names.size(), entry.name.size(), {}, *size});
+            plan.names.append(entry.name);
             std::copy(entry.rawId.begin(), entry.rawId.end(), reinterpret_cast<char*>(step.blob.data()));
         }
     }

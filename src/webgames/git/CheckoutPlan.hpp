@@ -32,15 +32,22 @@ struct CheckoutLimits {
 struct CheckoutStep {
     enum class Kind : std::uint8_t { EnterFolder, LeaveFolder, WriteFile };
     Kind kind = Kind::LeaveFolder;
-    std::string name;       // EnterFolder and WriteFile: one safe path component, UTF-8
+    // EnterFolder and WriteFile: one safe path component, UTF-8, in the plan's names.
+    std::size_t nameOffset = 0;
+    std::size_t nameLength = 0;
     Sha1Digest blob{};      // WriteFile: the blob's name, in the plan's object source
     std::uint64_t size = 0; // WriteFile: its bytes
 };
 
 struct CheckoutPlan {
     std::vector<CheckoutStep> steps;
+    std::string names; // every step's name, one after another: one allocation, not one a step
     std::size_t fileCount = 0;
     std::uint64_t byteCount = 0;
+
+    std::string_view name_of(const CheckoutStep& step) const {
+        return std::string_view(names).substr(step.nameOffset, step.nameLength);
+    }
 };
 
 // Throws std::runtime_error: "missing tree object in pack", "missing blob object in pack",

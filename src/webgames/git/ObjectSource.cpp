@@ -9,12 +9,12 @@ const GitObject* ObjectSetSource::find(std::string_view rawName) const {
     return found == objects_.end() ? nullptr : &found->second;
 }
 
-std::optional<std::string_view> ObjectSetSource::read(std::string_view rawName, std::string&) {
+std::shared_ptr<const std::string> ObjectSetSource::read(std::string_view rawName) {
     const GitObject* object = find(rawName);
     if (object == nullptr) {
-        return std::nullopt;
+        return nullptr;
     }
-    return object->data;
+    return std::shared_ptr<const std::string>(std::shared_ptr<void>(), &object->data); // owns nothing
 }
 
 std::optional<std::uint64_t> ObjectSetSource::size_of(std::string_view rawName) {

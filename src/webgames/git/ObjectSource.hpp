@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,10 +15,10 @@ namespace corvandell::git {
 class ObjectSource {
 public:
     virtual ~ObjectSource() = default;
-    // The content of the object with this 20-byte name, viewing either the source's own
-    // bytes or `buffer`, which it may fill; valid until the next call. No value when no
-    // object has that name.
-    virtual std::optional<std::string_view> read(std::string_view rawName, std::string& buffer) = 0;
+    // The content of the object with this 20-byte name, or null when no object has that
+    // name. Shared, so a caller may hold several at once without copying them; one from an
+    // object set views the set, which must outlive it.
+    virtual std::shared_ptr<const std::string> read(std::string_view rawName) = 0;
     // The content's size, without reading it.
     virtual std::optional<std::uint64_t> size_of(std::string_view rawName) = 0;
 };
@@ -25,7 +26,7 @@ public:
 class ObjectSetSource final : public ObjectSource {
 public:
     explicit ObjectSetSource(const ObjectSet& objects) : objects_(objects) {}
-    std::optional<std::string_view> read(std::string_view rawName, std::string& buffer) override;
+    std::shared_ptr<const std::string> read(std::string_view rawName) override;
     std::optional<std::uint64_t> size_of(std::string_view rawName) override;
 
 private:

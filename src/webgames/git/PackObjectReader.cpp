@@ -1,6 +1,7 @@
 #include "webgames/git/PackObjectReader.hpp"
 
 #include "webgames/git/Delta.hpp"
+#include "webgames/git/PackEntries.hpp"
 
 #include <algorithm>
 
@@ -10,6 +11,12 @@ namespace {
 
 constexpr std::size_t kCachedBases = 16;
 constexpr std::uint64_t kCachedBytes = std::uint64_t{16} << 20;
+
+// Bases, which other reads are likely to need, and trees, since one tree may be named by
+// many folders and a checkout plan reads it again for each.
+bool is_worth_keeping(const PackIndexEntry& entry) {
+    return entry.isBase || entry.type == kPackTree;
+}
 
 } // namespace
 
@@ -54,7 +61,7 @@ std::shared_ptr<const std::string> PackObjectReader::content(std::size_t entry) 
                 return nullptr;
             }
             current = std::make_shared<const std::string>(std::move(*whole));
-            if (entries[at].isBase) {
+            if (is_worth_keeping(entries[at])) {
                 keep(at, current);
             }
             break;
@@ -73,23 +80,16 @@ std::shared_ptr<const std::string> PackObjectReader::content(std::size_t entry) 
             return nullptr;
         }
         current = std::make_shared<const std::string>(std::move(*result));
-        if (entries[at].isBase) {
+        if (is_worth_keeping(entries[at])) {
             keep(at, current);
         }
     }
     return current;
 }
 
-std::optional<std::string_view> PackObjectReader::read(std::string_view rawName, std::string&) {
+std::shared_ptr<const std::string> PackObjectReader::read(std::string_view rawName) {
     const auto entry = index_.find_raw(rawName);
-    if (!entry) {
-        return std::nullopt;
-    }
-    last_ = content(*entry);
-    if (!last_) {
-        return std::nullopt;
-    }
-    return *last_;
+    return entry ? content(*entry) : nullptr;
 }
 
 std::optional<std::uint64_t> PackObjectReader::size_of(std::string_view rawName) {

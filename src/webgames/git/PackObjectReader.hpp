@@ -1,9 +1,9 @@
 // Reading objects back from an indexed pack: the entry inflated again and its delta chain
 // applied again from the nearest base at hand.
 //
-// A few recently made bases are kept, since a checkout reads the files of a folder one
-// after another and their deltas tend to share bases; whole objects that are nobody's base
-// are never kept.
+// A few recently made bases and trees are kept, since a checkout reads the files of a
+// folder one after another and their deltas tend to share bases, and a tree may be named
+// many times over; blobs that are nobody's base are never kept.
 #pragma once
 
 #include <cstddef>
@@ -29,7 +29,7 @@ public:
     // did when indexed. The result may be shared with the cache.
     std::shared_ptr<const std::string> content(std::size_t entry);
 
-    std::optional<std::string_view> read(std::string_view rawName, std::string& buffer) override;
+    std::shared_ptr<const std::string> read(std::string_view rawName) override;
     std::optional<std::uint64_t> size_of(std::string_view rawName) override;
 
 private:
@@ -45,7 +45,6 @@ private:
     const PackIndex& index_;
     std::vector<CachedBase> cache_; // least recently used first
     std::uint64_t cachedBytes_ = 0;
-    std::shared_ptr<const std::string> last_; // what the last read returned a view of
 };
 
 } // namespace corvandell::git
