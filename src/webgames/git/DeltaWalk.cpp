@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace corvandell::git {
 
@@ -28,8 +29,12 @@ namespace {
 struct Frame {
     std::size_t entry = 0;
     std::string content;
-    std::size_t nextChild = 0; // into the children list
+    std::vector<std::uint32_t> byName; // reference deltas on it, walked first
+    std::size_t nextByName = 0;
+    std::size_t nextChild = 0; // into the offset children list
     std::size_t endChild = 0;
+
+    bool isDone() const { return nextByName == byName.size() && nextChild == endChild; }
 };
 
 class DeltaWalk {
@@ -38,6 +43,7 @@ public:
         : pack_(pack), entries_(entries), stats_(stats), childStart_(entries.size() + 1, 0) {}
 
     void link(const std::vector<std::size_t>& baseOffsets);
+    void wait_by_name(std::vector<std::pair<Sha1Digest, std::uint32_t>> referenceBases);
     void walk_from(std::size_t root, const std::vector<std::uint64_t>& allowances);
     PackError result() const;
 
@@ -49,6 +55,8 @@ private:
         }
     }
     std::optional<std::size_t> at_offset(std::size_t offset) const;
+    std::vector<std::uint32_t> claim_by_name(const Sha1Digest& name);
+    bool push(std::vector<Frame>& stack, std::size_t entry, std::string& content);
     void hold(std::size_t bytes) {
         heldBytes_ += bytes;
         stats_.peakContentBytes = std::max(stats_.peakContentBytes, heldBytes_);
@@ -63,6 +71,8 @@ private:
     PackIndexStats& stats_;
     std::vector<std::uint32_t> childStart_; // entry i's deltas: children_[childStart_[i], childStart_[i + 1])
     std::vector<std::uint32_t> children_;
+    // Reference deltas by base name; a claimed one's entry becomes kNoBase.
+    std::vector<std::pair<Sha1Digest, std::uint32_t>> waitingByName_;
     std::uint64_t heldBytes_ = 0;
     std::size_t failedEntry_ = SIZE_MAX;
     PackError failure_ = PackError::None;
@@ -87,6 +97,7 @@ void DeltaWalk::link(const std::vector<std::size_t>& baseOffsets) {
         case kPackTree:
         case kPackBlob:
         case kPackTag:
+        case kPackRefDelta:
             continue;
         case kPackOffsetDelta:
             break;
@@ -134,8 +145,39 @@ void DeltaWalk::link(const std::vector<std::size_t>& baseOffsets) {
     }
 }
 
+void DeltaWalk::wait_by_name(std::vector<std::pair<Sha1Digest, std::uint32_t>> referenceBases) {
+    waitingByName_ = std::move(referenceBases);
+    std::sort(waitingByName_.begin(), waitingByName_.end());
+}
+
+std::vector<std::uint32_t> DeltaWalk::claim_by_name(const Sha1Digest& name) {
+    std::vector<std::uint32_t> claimed;
+    auto at = std::lower_bound(waitingByName_.begin(), waitingByName_.end(),
+                               std::pair<Sha1Digest, std::uint32_t>{name, 0});
+    for (; at != waitingByName_.end() && at->first == name; ++at) {
+        if (at->second != PackIndexEntry::kNoBase) {
+            claimed.push_back(std::exchange(at->second, PackIndexEntry::kNoBase));
+        }
+    }
+    return claimed;
+}
+
+// Pushes the entry, just named, with `content` if any delta waits on it.
+bool DeltaWalk::push(std::vector<Frame>& stack, std::size_t entry, std::string& content) {
+    auto byName = claim_by_name(entries_[entry].name);
+    if (byName.empty() && childStart_[entry] == childStart_[entry + 1]) {
+        return false;
+    }
+    stack.push_back(
+        {entry, std::move(content), std::move(byName), 0, childStart_[entry], childStart_[entry + 1]});
+    return true;
+}
+
 void DeltaWalk::walk_from(std::size_t root, const std::vector<std::uint64_t>& allowances) {
-    if (childStart_[root] == childStart_[root + 1]) {
+    const bool hasByName = std::binary_search(waitingByName_.begin(), waitingByName_.end(),
+                                              std::pair<Sha1Digest, std::uint32_t>{entries_[root].name, 0},
+                                              [](const auto& a, const auto& b) { return a.first < b.first; });
+    if (!hasByName && childStart_[root] == childStart_[root + 1]) {
         return;
     }
     auto content = inflate_entry_again(pack_, entries_[root]);
@@ -145,15 +187,18 @@ void DeltaWalk::walk_from(std::size_t root, const std::vector<std::uint64_t>& al
     }
     hold(content->size());
     std::vector<Frame> stack;
-    stack.push_back({root, std::move(*content), childStart_[root], childStart_[root + 1]});
+    if (!push(stack, root, *content)) {
+        release(*content);
+    }
     while (!stack.empty()) {
         Frame& top = stack.back();
-        if (top.nextChild == top.endChild) {
+        if (top.isDone()) {
             release(top.content);
             stack.pop_back();
             continue;
         }
-        const std::size_t child = children_[top.nextChild++];
+        const std::size_t child =
+            top.nextByName < top.byName.size() ? top.byName[top.nextByName++] : children_[top.nextChild++];
         const auto delta = inflate_entry_again(pack_, entries_[child]);
         if (!delta) {
             fail(child, PackError::BadStream);
@@ -173,15 +218,13 @@ void DeltaWalk::walk_from(std::size_t root, const std::vector<std::uint64_t>& al
         entry.size = result->size();
         entry.name = object_digest(entry.type, *result);
         entries_[top.entry].isBase = true;
-        if (top.nextChild == top.endChild) { // its last use: gone before the walk goes deeper
+        if (top.isDone()) { // its last use: gone before the walk goes deeper
             release(top.content);
             stack.pop_back();
         }
-        if (childStart_[child] == childStart_[child + 1]) {
+        if (!push(stack, child, *result)) {
             release(*result);
-            continue;
         }
-        stack.push_back({child, std::move(*result), childStart_[child], childStart_[child + 1]});
     }
 }
 
@@ -190,23 +233,24 @@ PackError DeltaWalk::result() const {
         return failure_;
     }
     const bool isAllResolved = std::all_of(entries_.begin(), entries_.end(), [](const PackIndexEntry& entry) {
-        return entry.packType != kPackOffsetDelta || entry.isDelta();
+        return (entry.packType != kPackOffsetDelta && entry.packType != kPackRefDelta) || entry.isDelta();
     });
     return isAllResolved ? PackError::None : PackError::MissingBase;
 }
 
 } // namespace
 
-PackError walk_offset_deltas(PackBytes& pack, std::vector<PackIndexEntry>& entries, DeltaWalkInput input,
-                             ByteBudget budget, PackIndexStats& stats) {
+PackError walk_deltas(PackBytes& pack, std::vector<PackIndexEntry>& entries, DeltaWalkInput input,
+                      ByteBudget budget, PackIndexStats& stats) {
     DeltaWalk walk(pack, entries, stats);
     walk.link(input.baseOffsets);
     std::vector<std::size_t>().swap(input.baseOffsets);
+    walk.wait_by_name(std::move(input.referenceBases));
     // Each delta's allowance in place of its announced size. A delta over its allowance
     // fails, so the sizes after it never count.
     std::vector<std::uint64_t>& allowances = input.targetSizes;
     for (std::size_t index = 0; index < entries.size(); ++index) {
-        if (entries[index].packType != kPackOffsetDelta) {
+        if (entries[index].packType != kPackOffsetDelta && entries[index].packType != kPackRefDelta) {
             continue;
         }
         const std::uint64_t target = allowances[index];

@@ -1,10 +1,12 @@
 // The indexed decode: one pass that names whole objects and drops them, then the deltas.
 //
-// Packs with offset deltas only, which is what the clone asks for, go through the delta
-// walk. A pack with reference deltas is resolved in pack order by the object set's own
-// resolver, holding every content: which failure such a pack reports depends on that
-// resolver's forward scan for unnamed bases, and reproducing the scan is not worth a
-// second implementation for packs a clone does not receive.
+// Every pack goes through the delta walk. A pack with reference deltas whose walk fails,
+// or that has a reference delta on a base no earlier entry is named as, is resolved again
+// in pack order by the object set's own resolver, holding every content: which failure
+// such a pack reports, and whether a base that comes later is found at all, depends on
+// that resolver's forward scan for unnamed bases, and reproducing the scan is not worth a
+// second implementation. Git writes every base before its deltas, so its packs never get
+// there.
 #include "webgames/git/PackIndex.hpp"
 
 #include "webgames/git/Delta.hpp"
@@ -46,7 +48,11 @@ PackError scan(PackBytes& pack, ByteBudget& budget, std::vector<PackIndexEntry>&
             entry.name = object_digest(entry.type, packEntry.data);
         } else if (packEntry.type == kPackOffsetDelta || packEntry.type == kPackRefDelta) {
             targetSize = delta_target_size(packEntry.data).value_or(UINT64_MAX);
-            hasRefDeltas = hasRefDeltas || packEntry.type == kPackRefDelta;
+        }
+        if (packEntry.type == kPackRefDelta) {
+            hasRefDeltas = true;
+            walk.referenceBases.emplace_back(digest_of_hex(packEntry.baseName).value_or(Sha1Digest{}),
+                                             static_cast<std::uint32_t>(entries.size() - 1));
         }
         walk.baseOffsets.push_back(packEntry.baseOffset);
         walk.targetSizes.push_back(targetSize);
@@ -69,6 +75,11 @@ PackError resolve_in_pack_order(PackBytes& pack, const ByteLimits& limits,
     if (!resolved) {
         return reason;
     }
+    for (PackIndexEntry& entry : entries) {
+        entry.base = PackIndexEntry::kNoBase;
+        entry.isBase = false;
+    }
+    stats.peakContentBytes = 0;
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const ResolvedEntry& object = (*resolved)[index];
         PackIndexEntry& entry = entries[index];
@@ -82,6 +93,28 @@ PackError resolve_in_pack_order(PackBytes& pack, const ByteLimits& limits,
         }
     }
     return PackError::None;
+}
+
+// Whether resolving in pack order finds each reference delta's base already named.
+bool are_reference_bases_earlier(const std::vector<PackIndexEntry>& entries) {
+    std::vector<std::uint32_t> byName(entries.size());
+    std::iota(byName.begin(), byName.end(), std::uint32_t{0});
+    std::stable_sort(byName.begin(), byName.end(), [&entries](std::uint32_t a, std::uint32_t b) {
+        return entries[a].name < entries[b].name;
+    });
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        if (entries[index].packType != kPackRefDelta) {
+            continue;
+        }
+        const Sha1Digest& baseName = entries[entries[index].base].name;
+        const auto first = std::lower_bound(
+            byName.begin(), byName.end(), baseName,
+            [&entries](std::uint32_t entry, const Sha1Digest& value) { return entries[entry].name < value; });
+        if (*first >= index) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace
@@ -141,8 +174,10 @@ std::optional<PackIndex> index_pack(PackBytes& pack, PackError* error, const Byt
         bool hasRefDeltas = false;
         reason = scan(pack, budget, entries, walk, hasRefDeltas);
         if (reason == PackError::None) {
-            reason = hasRefDeltas ? resolve_in_pack_order(pack, limits, entries, figures)
-                                  : walk_offset_deltas(pack, entries, std::move(walk), budget, figures);
+            reason = walk_deltas(pack, entries, std::move(walk), budget, figures);
+            if (hasRefDeltas && (reason != PackError::None || !are_reference_bases_earlier(entries))) {
+                reason = resolve_in_pack_order(pack, limits, entries, figures);
+            }
         }
         if (reason != PackError::None) {
             return std::nullopt;
