@@ -157,18 +157,18 @@ TEST(PackIndexRealGit, PacksReadBackAsTheObjectSetFromMemoryAndFromAFile) {
     EXPECT_LT(from_memory(packs.referenceDeltas).peakContentBytes * 6, everything);
 }
 
-// Every 307th byte damaged in turn, and the pack cut at every 293rd: the offsets step over
+// Every 509th byte damaged in turn, and the pack cut at every 499th: the offsets step over
 // headers, base references, streams and the trailer alike.
 TEST(PackIndexRealGit, DamagedAndCutPacksAreRefusedForTheObjectSetsReason) {
     const RealPacks& packs = real_packs();
     for (const std::string* original : {&packs.offsetDeltas, &packs.referenceDeltas}) {
         std::vector<std::string> variants;
-        for (std::size_t at = 12; at < original->size(); at += 307) {
+        for (std::size_t at = 12; at < original->size(); at += 509) {
             std::string damaged = *original;
             damaged[at] = static_cast<char>(damaged[at] ^ 0x5A);
             variants.push_back(std::move(damaged));
         }
-        for (std::size_t length = 0; length < original->size(); length += 293) {
+        for (std::size_t length = 0; length < original->size(); length += 499) {
             variants.push_back(original->substr(0, length));
         }
         for (const std::string& pack : variants) {
