@@ -7,6 +7,7 @@
 #include "webgames/git/Checkout.hpp"
 
 #include "base/Utf8Path.hpp"
+#include "webgames/git/Sha1.hpp"
 
 #include <fstream>
 #include <stdexcept>
@@ -28,7 +29,7 @@ void append_component(NativeText& folder, std::string_view name) {
 
 } // namespace
 
-void write_checkout(const CheckoutPlan& plan, const std::filesystem::path& folder) {
+void write_checkout(const CheckoutPlan& plan, ObjectSource& objects, const std::filesystem::path& folder) {
     using Kind = CheckoutStep::Kind;
     NativeText current = folder.native();
     std::vector<std::size_t> parentLengths;
@@ -36,22 +37,28 @@ void write_checkout(const CheckoutPlan& plan, const std::filesystem::path& folde
         switch (step.kind) {
         case Kind::EnterFolder:
             parentLengths.push_back(current.size());
-            append_component(current, step.name);
+            append_component(current, plan.name_of(step));
             break;
         case Kind::LeaveFolder:
             current.resize(parentLengths.back());
             parentLengths.pop_back();
             break;
-        case Kind::WriteFile:
-            write_file(std::filesystem::path(current) / pathFromUtf8(step.name), step.content);
+        case Kind::WriteFile: {
+            const auto content = objects.read(raw_of(step.blob));
+            if (!content) {
+                throw std::runtime_error("missing blob object in pack");
+            }
+            write_file(std::filesystem::path(current) / pathFromUtf8(plan.name_of(step)), *content);
             break;
+        }
         }
     }
 }
 
 void checkout_tree(const ObjectSet& objects, const std::string& treeName,
                    const std::filesystem::path& folder) {
-    write_checkout(plan_checkout(objects, treeName), folder);
+    ObjectSetSource source(objects);
+    write_checkout(plan_checkout(source, treeName), source, folder);
 }
 
 void write_file(const std::filesystem::path& path, std::string_view bytes) {

@@ -10,6 +10,8 @@
 #include "webgames/git/GitTree.hpp"
 #include "webgames/git/Sha1.hpp"
 
+#include <algorithm>
+#include <memory>
 #include <stdexcept>
 
 namespace corvandell::git {
@@ -20,32 +22,35 @@ constexpr std::uint32_t kTypeMask = 0xF000;
 constexpr std::uint32_t kDirectoryType = 0x4000;
 constexpr std::uint32_t kRegularFileType = 0x8000;
 
-const GitObject& find_object(const ObjectSet& objects, std::string_view rawId, const char* missingText) {
-    const auto found = objects.find(hex_of(rawId));
-    if (found == objects.end()) {
-        throw std::runtime_error(missingText);
+// Kept in `open` while its reader views it; the string itself never moves.
+std::string_view read_tree_object(ObjectSource& objects, std::string_view rawName,
+                                  std::vector<std::shared_ptr<const std::string>>& open) {
+    auto content = objects.read(rawName);
+    if (!content) {
+        throw std::runtime_error("missing tree object in pack");
     }
-    return found->second;
+    return *open.emplace_back(std::move(content));
 }
 
 } // namespace
 
-CheckoutPlan plan_checkout(const ObjectSet& objects, const std::string& treeName,
-                           const CheckoutLimits& limits) {
+CheckoutPlan plan_checkout(ObjectSource& objects, const std::string& treeName, const CheckoutLimits& limits) {
     using Kind = CheckoutStep::Kind;
-    const auto root = objects.find(treeName);
-    if (root == objects.end()) {
+    const auto root = digest_of_hex(treeName);
+    if (!root) {
         throw std::runtime_error("missing tree object in pack");
     }
     CheckoutPlan plan;
     std::size_t entryCount = 0;
-    std::vector<TreeEntryReader> open{TreeEntryReader(root->second.data)};
+    std::vector<std::shared_ptr<const std::string>> trees;
+    std::vector<TreeEntryReader> open{TreeEntryReader(read_tree_object(objects, raw_of(*root), trees))};
     while (!open.empty()) {
         TreeEntryView entry;
         if (!open.back().next(entry)) {
             open.pop_back();
+            trees.pop_back();
             if (!open.empty()) {
-                plan.steps.push_back({Kind::LeaveFolder, {}, {}});
+                plan.steps.push_back({Kind::LeaveFolder, 0, 0, {}, 0});
             }
             continue;
         }
@@ -60,20 +65,32 @@ CheckoutPlan plan_checkout(const ObjectSet& objects, const std::string& treeName
             if (open.size() > limits.maxDepth) {
                 throw std::runtime_error("tree nesting too deep");
             }
-            const GitObject& tree = find_object(objects, entry.rawId, "missing tree object in pack");
-            plan.steps.push_back({Kind::EnterFolder, entry.name, {}});
-            open.emplace_back(tree.data);
+            plan.steps.push_back({Kind::EnterFolder, plan.names.size(), entry.name.size(), {}, 0});
+            plan.names.append(entry.name);
+            open.emplace_back(read_tree_object(objects, entry.rawId, trees));
         } else if (type == kRegularFileType) {
-            const GitObject& blob = find_object(objects, entry.rawId, "missing blob object in pack");
-            if (blob.data.size() > limits.maxBytes - plan.byteCount) {
+            const auto size = objects.size_of(entry.rawId);
+            if (!size) {
+                throw std::runtime_error("missing blob object in pack");
+            }
+            if (*size > limits.maxBytes - plan.byteCount) {
                 throw std::runtime_error("repository too large");
             }
-            plan.byteCount += blob.data.size();
+            plan.byteCount += *size;
             ++plan.fileCount;
-            plan.steps.push_back({Kind::WriteFile, entry.name, blob.data});
+            CheckoutStep& step = plan.steps.emplace_back(
+                CheckoutStep{Kind::WriteFile, plan.names.size(), entry.name.size(), {}, *size});
+            plan.names.append(entry.name);
+            std::copy(entry.rawId.begin(), entry.rawId.end(), reinterpret_cast<char*>(step.blob.data()));
         }
     }
     return plan;
+}
+
+CheckoutPlan plan_checkout(const ObjectSet& objects, const std::string& treeName,
+                           const CheckoutLimits& limits) {
+    ObjectSetSource source(objects);
+    return plan_checkout(source, treeName, limits);
 }
 
 } // namespace corvandell::git

@@ -136,4 +136,14 @@ std::optional<std::string> apply_delta(std::string_view base, std::string_view d
     return result;
 }
 
+std::optional<std::uint64_t> delta_target_size(std::string_view delta) {
+    std::size_t position = 0;
+    std::uint64_t sourceSize = 0;
+    std::uint64_t targetSize = 0;
+    if (!read_varint(delta, position, sourceSize) || !read_varint(delta, position, targetSize)) {
+        return std::nullopt;
+    }
+    return targetSize;
+}
+
 } // namespace corvandell::git

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,5 +32,9 @@ enum class DeltaError {
 std::optional<std::string> apply_delta(std::string_view base, std::string_view delta,
                                        DeltaError* error = nullptr,
                                        std::size_t maxTargetBytes = kMaxObjectBytes);
+
+// The target size a delta announces, without applying it; no value when its header is
+// cut short or malformed.
+std::optional<std::uint64_t> delta_target_size(std::string_view delta);
 
 } // namespace corvandell::git

@@ -4,6 +4,10 @@
 // destination is touched, so a bad reply leaves the previous copy of the game in place:
 // the checkout is planned in full (every object found, every limit met) first. Only then
 // is the destination emptied; removal never follows a link out of it.
+//
+// The pack is indexed rather than decoded into a set of contents: the plan reads trees and
+// the checkout reads each blob from the pack as it writes it, so beside the pack the clone
+// holds the index, a few delta bases and one file at a time.
 #include "webgames/git/GitClone.hpp"
 
 #include "base/FolderRemoval.hpp"
@@ -11,8 +15,9 @@
 #include "webgames/git/Checkout.hpp"
 #include "webgames/git/GitProtocol.hpp"
 #include "webgames/git/GitTree.hpp"
-#include "webgames/git/Packfile.hpp"
-#include "webgames/git/Sha1.hpp"
+#include "webgames/git/PackIndex.hpp"
+#include "webgames/git/PackObjectReader.hpp"
+#include "webgames/git/PackSource.hpp"
 
 #include <algorithm>
 #include <new>
@@ -49,23 +54,15 @@ void empty_folder(const std::filesystem::path& destination) {
     }
 }
 
-struct DecodedPack {
-    ObjectSet objects;
-    std::uint64_t packBytes = 0;
-};
-
-// Takes the reply by value: the pack is gathered in its buffer, which the decoder releases
-// as soon as every entry is inflated.
-DecodedPack decode_reply(std::string response, const ByteLimits& limits) {
-    std::string pack = pack_from_response(std::move(response));
-    const std::uint64_t packBytes = pack.size();
+PackIndex index_reply(std::string_view pack, const ByteLimits& limits) {
+    PackInMemory bytes(pack);
     PackError error = PackError::None;
-    auto objects = parse_packfile(std::move(pack), object_name, &error, limits);
-    if (!objects) {
+    auto index = index_pack(bytes, &error, limits);
+    if (!index) {
         throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
                                                               : "failed to decode the repository packfile");
     }
-    return {std::move(*objects), packBytes};
+    return std::move(*index);
 }
 
 } // namespace
@@ -90,21 +87,27 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
                           L"application/x-git-upload-pack-request", L"application/x-git-upload-pack-result");
     report(progress, L"Unpacking...");
     const ByteLimits limits;
-    const DecodedPack decoded = decode_reply(std::move(response), limits);
-    const ObjectSet& objects = decoded.objects;
-    const auto commit = objects.find(lower_case(tip));
-    if (commit == objects.end()) {
+    const std::string pack = pack_from_response(std::move(response));
+    const PackIndex index = index_reply(pack, limits);
+    PackInMemory packBytes(pack);
+    PackObjectReader objects(packBytes, index);
+    const auto commitEntry = index.find(lower_case(tip));
+    if (!commitEntry) {
         throw std::runtime_error("packfile did not contain the branch tip");
     }
-    const std::string rootTree = root_tree_of(commit->second.data);
+    const auto commit = objects.content(*commitEntry);
+    if (!commit) {
+        throw std::runtime_error("failed to decode the repository packfile");
+    }
+    const std::string rootTree = root_tree_of(*commit);
     if (rootTree.size() != kObjectNameDigits) {
         throw std::runtime_error("could not find the root tree");
     }
     CheckoutLimits checkoutLimits;
-    checkoutLimits.maxBytes = limits.totalFor(decoded.packBytes);
+    checkoutLimits.maxBytes = limits.totalFor(pack.size());
     const CheckoutPlan plan = plan_checkout(objects, rootTree, checkoutLimits);
     empty_folder(destination);
-    write_checkout(plan, destination);
+    write_checkout(plan, objects, destination);
     report(progress, L"Clone complete.");
 } catch (const std::bad_alloc&) {
     throw std::runtime_error(kTooLargeText);

@@ -25,24 +25,41 @@ constexpr std::size_t kRawNameBytes = 20;
 // The smallest entry: one header byte and a zlib stream of header, one block byte, trailer.
 constexpr std::size_t kMinEntryBytes = 8;
 
+// Bytes one at a time from the pack, never past the end of the entry data. Entry headers
+// are a few bytes long, so asking the source for each is cheap for a pack in memory and a
+// buffer lookup for one in a file.
 class Reader {
 public:
-    Reader(std::string_view bytes, std::size_t position) : bytes_(bytes), position_(position) {}
+    Reader(PackBytes& pack, std::size_t end, std::size_t position)
+        : pack_(pack), end_(end), position_(position) {}
 
     std::size_t position() const { return position_; }
-    std::size_t remaining() const { return bytes_.size() - position_; }
-    std::string_view rest() const { return bytes_.substr(position_); }
+    std::size_t end() const { return end_; }
+    std::size_t remaining() const { return end_ - position_; }
     void skip(std::size_t count) { position_ += count; }
 
     std::optional<std::uint8_t> next() {
-        if (position_ >= bytes_.size()) {
+        if (position_ >= end_) {
             return std::nullopt;
         }
-        return static_cast<std::uint8_t>(bytes_[position_++]);
+        const std::string_view byte = pack_.read(position_, 1);
+        if (byte.empty()) {
+            return std::nullopt;
+        }
+        ++position_;
+        return static_cast<std::uint8_t>(byte.front());
+    }
+
+    // `count` bytes, which must remain; empty if the source cannot give them.
+    std::string_view take(std::size_t count) {
+        const std::string_view bytes = pack_.read(position_, count).substr(0, count);
+        position_ += count;
+        return bytes.size() == count ? bytes : std::string_view{};
     }
 
 private:
-    std::string_view bytes_;
+    PackBytes& pack_;
+    std::size_t end_;
     std::size_t position_;
 };
 
@@ -109,63 +126,125 @@ PackError read_base(Reader& reader, PackEntry& entry) {
         if (reader.remaining() < kRawNameBytes) {
             return PackError::Truncated;
         }
-        entry.baseName = hex_of(reader.rest().substr(0, kRawNameBytes));
-        reader.skip(kRawNameBytes);
+        const std::string_view raw = reader.take(kRawNameBytes);
+        if (raw.empty()) {
+            return PackError::Truncated;
+        }
+        entry.baseName = hex_of(raw);
     }
     return PackError::None;
 }
 
+// The entry's stream inflated from as much of the pack as it needs: a window of what the
+// declared size takes at worst when stored, widened while the stream runs past it. A pack
+// in memory hands over its whole rest at once; one in a file is then read about once. Only
+// a result found within the window, or from the whole rest, is final, so the outcome is
+// the one the whole rest would give.
+std::optional<Inflated> inflate_entry(PackBytes& pack, std::size_t start, std::size_t end, std::size_t size,
+                                      InflateError& error) {
+    std::size_t want = size > SIZE_MAX / 2 ? SIZE_MAX : size + size / 8 + 64;
+    for (;;) {
+        const std::size_t length = std::min(want, end - start);
+        const std::string_view window = pack.read(start, length).substr(0, end - start);
+        auto inflated = inflate_zlib(window, size, &error, size);
+        const bool isFinal = window.size() == end - start || window.size() < length ||
+                             (inflated && inflated->consumed <= window.size());
+        if (isFinal) {
+            return inflated;
+        }
+        want = want > SIZE_MAX / 2 ? SIZE_MAX : want * 2;
+    }
+}
+
 } // namespace
 
-std::optional<std::vector<PackEntry>> read_pack_entries(std::string_view pack, ByteBudget& budget,
-                                                        PackError* error) {
-    PackError ignored = PackError::None;
-    PackError& reason = error != nullptr ? *error : ignored;
-    reason = PackError::None;
-    const auto fail = [&reason](PackError why) {
-        reason = why;
-        return std::nullopt;
-    };
-    if (pack.size() < kHeaderBytes + kChecksumBytes || pack.substr(0, 4) != "PACK") {
-        return fail(PackError::BadHeader);
+std::string object_header(std::int32_t type, std::size_t contentSize) {
+    std::string header = type == kPackCommit ? "commit"
+                         : type == kPackTree ? "tree"
+                         : type == kPackBlob ? "blob"
+                                             : "tag";
+    header.append(" ").append(std::to_string(contentSize)).push_back('\0');
+    return header;
+}
+
+Sha1Digest object_digest(std::int32_t type, std::string_view content) {
+    Sha1 hash;
+    hash.update(object_header(type, content.size()));
+    hash.update(content);
+    return hash.finish();
+}
+
+std::size_t plausible_entry_count(PackBytes& pack) {
+    if (pack.size() < kHeaderBytes + kChecksumBytes) {
+        return 0;
     }
-    const std::uint32_t count = read_big_endian32(pack.substr(8));
-    const std::string_view body = pack.substr(0, pack.size() - kChecksumBytes);
-    std::vector<PackEntry> entries;
-    entries.reserve(std::min<std::size_t>(count, (body.size() - kHeaderBytes) / kMinEntryBytes));
-    Reader reader(body, kHeaderBytes);
+    const std::string_view header = pack.read(0, kHeaderBytes);
+    if (header.size() < kHeaderBytes) {
+        return 0;
+    }
+    const std::uint32_t count = read_big_endian32(header.substr(8));
+    return std::min<std::size_t>(count, (pack.size() - kHeaderBytes - kChecksumBytes) / kMinEntryBytes);
+}
+
+PackError scan_pack_entries(PackBytes& pack, ByteBudget& budget, const PackEntryVisitor& visit) {
+    if (pack.size() < kHeaderBytes + kChecksumBytes) {
+        return PackError::BadHeader;
+    }
+    const std::string_view header = pack.read(0, kHeaderBytes);
+    if (header.size() < kHeaderBytes || header.substr(0, 4) != "PACK") {
+        return PackError::BadHeader;
+    }
+    const std::uint32_t count = read_big_endian32(header.substr(8));
+    Reader reader(pack, pack.size() - kChecksumBytes, kHeaderBytes);
     for (std::uint32_t index = 0; index < count; ++index) {
-        if (reader.position() >= body.size()) {
-            return fail(PackError::Truncated);
+        if (reader.position() >= reader.end()) {
+            return PackError::Truncated;
         }
         PackEntry entry;
         entry.offset = reader.position();
         std::uint64_t declaredSize = 0;
         if (!read_type_and_size(reader, entry.type, declaredSize)) {
-            return fail(PackError::Truncated);
+            return PackError::Truncated;
         }
         if (const PackError base = read_base(reader, entry); base != PackError::None) {
-            return fail(base);
+            return base;
         }
         if (!budget.take(declaredSize)) {
-            return fail(PackError::TooLarge);
+            return PackError::TooLarge;
         }
         const auto size = static_cast<std::size_t>(declaredSize);
         InflateError inflateError = InflateError::None;
-        auto inflated = inflate_zlib(reader.rest(), size, &inflateError, size);
+        auto inflated = inflate_entry(pack, reader.position(), reader.end(), size, inflateError);
         if (!inflated) {
             // Output past the declared size is a wrong size, not a large object: the
             // budget has already accepted the size the header gave.
-            return fail(inflateError == InflateError::TooLarge      ? PackError::SizeMismatch
-                        : inflateError == InflateError::OutOfMemory ? PackError::TooLarge
-                                                                    : PackError::BadStream);
+            return inflateError == InflateError::TooLarge      ? PackError::SizeMismatch
+                   : inflateError == InflateError::OutOfMemory ? PackError::TooLarge
+                                                               : PackError::BadStream;
         }
         if (inflated->bytes.size() != declaredSize) {
-            return fail(PackError::SizeMismatch);
+            return PackError::SizeMismatch;
         }
-        reader.skip(std::min(inflated->consumed, reader.remaining()));
+        entry.streamOffset = reader.position();
+        entry.streamBytes = std::min(inflated->consumed, reader.remaining());
+        reader.skip(entry.streamBytes);
         entry.data = std::move(inflated->bytes);
-        entries.push_back(std::move(entry));
+        visit(entry);
+    }
+    return PackError::None;
+}
+
+std::optional<std::vector<PackEntry>> read_pack_entries(std::string_view pack, ByteBudget& budget,
+                                                        PackError* error) {
+    PackError ignored = PackError::None;
+    PackError& reason = error != nullptr ? *error : ignored;
+    PackInMemory bytes(pack);
+    std::vector<PackEntry> entries;
+    entries.reserve(plausible_entry_count(bytes));
+    reason = scan_pack_entries(bytes, budget,
+                               [&entries](PackEntry& entry) { entries.push_back(std::move(entry)); });
+    if (reason != PackError::None) {
+        return std::nullopt;
     }
     return entries;
 }

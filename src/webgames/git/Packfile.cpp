@@ -14,6 +14,7 @@
 
 #include "webgames/git/Delta.hpp"
 #include "webgames/git/PackEntries.hpp"
+#include "webgames/git/PackResolve.hpp"
 
 #include <algorithm>
 #include <new>
@@ -28,28 +29,8 @@ namespace {
 // The longest chain of deltas waiting on one another that is still resolved.
 constexpr std::size_t kMaxDeltaDepth = 10000;
 
-// Pending: on the resolution stack, waiting for its base or about to be resolved.
-enum class State : std::uint8_t { Unresolved, Pending, Done };
-
-struct Resolved {
-    std::int32_t type = 0;
-    std::string content;
-    std::string name;
-    State state = State::Unresolved;
-};
-
-std::string_view type_word(std::int32_t type) {
-    switch (type) {
-    case kPackCommit:
-        return "commit";
-    case kPackTree:
-        return "tree";
-    case kPackBlob:
-        return "blob";
-    default:
-        return "tag";
-    }
-}
+using State = ResolveState;
+using Resolved = ResolvedEntry;
 
 class Resolver {
 public:
@@ -61,7 +42,7 @@ public:
 
     bool resolve(std::size_t index);
     PackError failure() const { return failure_; }
-    ObjectSet take_objects();
+    std::vector<Resolved> take() { return std::move(resolved_); }
 
 private:
     enum class Step { Finished, Wait, Fail };
@@ -165,14 +146,14 @@ Resolver::Step Resolver::apply(std::size_t index, std::size_t base) {
         return fail(PackError::TooLarge); // cannot happen: the allowance was the limit
     }
     std::string().swap(entries_[index].data);
+    resolved_[index].base = base;
     complete(index, resolved_[base].type, std::move(*result));
     return Step::Finished;
 }
 
 void Resolver::complete(std::size_t index, std::int32_t type, std::string content) {
     Resolved& resolved = resolved_[index];
-    std::string header(type_word(type));
-    header.append(" ").append(std::to_string(content.size())).push_back('\0');
+    const std::string header = object_header(type, content.size());
     resolved.name = objectName_(header, content);
     resolved.type = type;
     resolved.content = std::move(content);
@@ -207,15 +188,15 @@ std::optional<std::size_t> Resolver::next_scan_candidate() {
 
 // Inserted in name order so each insertion is at the end; of equal names the last in
 // pack order wins, as if each had replaced the one before.
-ObjectSet Resolver::take_objects() {
-    std::vector<std::size_t> order(resolved_.size());
+ObjectSet object_set_of(std::vector<Resolved>& entries) {
+    std::vector<std::size_t> order(entries.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(),
-                     [this](std::size_t a, std::size_t b) { return resolved_[a].name < resolved_[b].name; });
+                     [&entries](std::size_t a, std::size_t b) { return entries[a].name < entries[b].name; });
     ObjectSet objects;
     for (std::size_t position = 0; position < order.size(); ++position) {
-        Resolved& resolved = resolved_[order[position]];
-        if (position + 1 < order.size() && resolved_[order[position + 1]].name == resolved.name) {
+        Resolved& resolved = entries[order[position]];
+        if (position + 1 < order.size() && entries[order[position + 1]].name == resolved.name) {
             continue;
         }
         std::string key = resolved.name;
@@ -226,6 +207,19 @@ ObjectSet Resolver::take_objects() {
 }
 
 } // namespace
+
+std::optional<std::vector<ResolvedEntry>> resolve_pack_entries(std::vector<PackEntry>& entries,
+                                                               const ObjectNameFunction& objectName,
+                                                               ByteBudget& budget, PackError& reason) {
+    Resolver resolver(entries, objectName, budget);
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        if (!resolver.resolve(index)) {
+            reason = resolver.failure();
+            return std::nullopt;
+        }
+    }
+    return resolver.take();
+}
 
 namespace {
 
@@ -245,14 +239,11 @@ std::optional<ObjectSet> decode_pack(std::string_view pack, std::string* owned,
         if (!entries) {
             return std::nullopt;
         }
-        Resolver resolver(*entries, objectName, budget);
-        for (std::size_t index = 0; index < entries->size(); ++index) {
-            if (!resolver.resolve(index)) {
-                reason = resolver.failure();
-                return std::nullopt;
-            }
+        auto resolved = resolve_pack_entries(*entries, objectName, budget, reason);
+        if (!resolved) {
+            return std::nullopt;
         }
-        return resolver.take_objects();
+        return object_set_of(*resolved);
     } catch (const std::bad_alloc&) {
         reason = PackError::TooLarge;
         return std::nullopt;

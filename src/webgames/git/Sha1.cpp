@@ -114,6 +114,22 @@ std::string hex_of(std::string_view rawBytes) {
     return hex;
 }
 
+std::optional<Sha1Digest> digest_of_hex(std::string_view hex) {
+    Sha1Digest digest{};
+    if (hex.size() != 2 * digest.size()) {
+        return std::nullopt;
+    }
+    for (std::size_t index = 0; index < hex.size(); ++index) {
+        const char c = hex[index];
+        const int value = c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+        if (value < 0) {
+            return std::nullopt;
+        }
+        digest[index / 2] = static_cast<std::uint8_t>(digest[index / 2] << 4 | value);
+    }
+    return digest;
+}
+
 std::string hex_of(const Sha1Digest& digest) {
     return hex_of(std::string_view(reinterpret_cast<const char*>(digest.data()), digest.size()));
 }

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,6 +33,14 @@ Sha1Digest sha1(std::string_view bytes);
 // 40 lower-case hexadecimal digits.
 std::string hex_of(const Sha1Digest& digest);
 std::string hex_of(std::string_view rawBytes);
+
+// The digest 40 lower-case hexadecimal digits spell, or no value for any other text.
+std::optional<Sha1Digest> digest_of_hex(std::string_view hex);
+
+// The digest's 20 bytes as a view, valid while the digest is.
+inline std::string_view raw_of(const Sha1Digest& digest) {
+    return {reinterpret_cast<const char*>(digest.data()), digest.size()};
+}
 
 // The object-name function handed to the pack decoder: SHA-1 of header then content.
 std::string object_name(std::string_view header, std::string_view content);

@@ -6,6 +6,7 @@
 
 #include "support/PackWriter.hpp"
 #include "webgames/git/Delta.hpp"
+#include "webgames/git/PackIndex.hpp"
 #include "webgames/git/Sha1.hpp"
 
 #include <gtest/gtest.h>
@@ -25,6 +26,14 @@ using test::zlib_stored;
 
 std::optional<ObjectSet> parse(const std::string& pack) {
     return parse_packfile(pack, object_name);
+}
+
+// The indexed decode's refusal of the same pack, which must be the object set's.
+PackError index_refusal(const std::string& pack) {
+    PackInMemory bytes(pack);
+    PackError error = PackError::None;
+    const auto index = index_pack(bytes, &error);
+    return index ? PackError::None : error;
 }
 
 std::string sizes(std::size_t sourceSize, std::size_t targetSize) {
@@ -127,6 +136,7 @@ TEST(Packfile, MalformedPacksYieldNoValue) {
         PackError error = PackError::None;
         EXPECT_EQ(parse_packfile(pack, object_name, &error), std::nullopt) << what;
         EXPECT_EQ(error, reason) << what;
+        EXPECT_EQ(index_refusal(pack), reason) << what;
     }
 }
 
@@ -142,7 +152,10 @@ TEST(Packfile, DeltaChainsTenThousandDeepResolveAndTwentyThousandFailCleanly) {
                 ref_delta_entry(git_object_name(3, base), replacing_delta(base.size(), content(index))));
         }
         entries.push_back(pack_entry(3, content(deltas)));
-        return parse_packfile(pack_of(entries), object_name, &error);
+        const std::string pack = pack_of(entries);
+        auto objects = parse_packfile(pack, object_name, &error);
+        EXPECT_EQ(index_refusal(pack), error) << deltas;
+        return objects;
     };
     const auto deepest = chain(10000);
     ASSERT_TRUE(deepest);
