@@ -66,6 +66,7 @@ protected:
         Settings settings = defaultSettings(paths_.defaultLibraryFolder);
         settings.apiBaseUrl = settings_.apiBaseUrl;
         settings.bearerToken = settings_.bearerToken;
+        settings.overlayHintShown = true; // the first launch's hint box would wait for a click
         window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths_, settings,
                                                settingsFileIn(paths_.dataFolder), std::move(jobs));
         ASSERT_TRUE(window_->create(SW_HIDE));
