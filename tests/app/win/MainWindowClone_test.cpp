@@ -13,9 +13,9 @@
 #include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
 #include "support/win/FakeBrowsers.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 #include "support/win/MessagePump.hpp"
 #include "support/win/ServiceStandIn.hpp"
-#include "support/win/StatusRecorder.hpp"
 #include "webgames/BrowserCommand.hpp"
 
 #include <gtest/gtest.h>
@@ -44,15 +44,15 @@ void pointStandInAt(const std::string& hostUrl) {
 class MainWindowCloneTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        username_ = "cloner-" + std::to_string(GetCurrentProcessId()) + "-" +
-                    std::to_string(GetTickCount64() % 100000);
-        settings_ = signedInSettings(username_);
+        w_.signIn("cloner-" + std::to_string(GetCurrentProcessId()) + "-" +
+                  std::to_string(GetTickCount64() % 100000));
+        w_.settings.overlayHintShown = true; // the first launch's hint box would wait for a click
     }
 
     void TearDown() override {
-        window_.reset();
+        w_.window.reset();
         // The repositories stay free for the next test: each is shared only once.
-        WinHttpApiClient api(&settings_);
+        WinHttpApiClient api(&w_.settings);
         for (const RepositoryGame& game : api.listMyRepositoryGames()) {
             api.deleteRepositoryGame(game.id);
         }
@@ -61,51 +61,25 @@ protected:
 
     void open(const std::string& hostUrl) {
         pointStandInAt(hostUrl);
-        MainWindowJobs jobs;
-        jobs.repositoryHost = RepositoryHost{hostUrl, "github.io"};
-        Settings settings = defaultSettings(paths_.defaultLibraryFolder);
-        settings.apiBaseUrl = settings_.apiBaseUrl;
-        settings.bearerToken = settings_.bearerToken;
-        settings.overlayHintShown = true; // the first launch's hint box would wait for a click
-        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths_, settings,
-                                               settingsFileIn(paths_.dataFolder), std::move(jobs));
-        ASSERT_TRUE(window_->create(SW_HIDE));
+        w_.jobs = MainWindowJobs{};
+        w_.jobs.repositoryHost = RepositoryHost{hostUrl, "github.io"};
+        ASSERT_TRUE(w_.open());
         ASSERT_TRUE(waitForRefresh());
-        status_ = std::make_unique<test::StatusTexts>(window_->control(control::Status));
     }
 
-    bool waitForRefresh() {
-        return test::pumpUntil([this] { return window_->statusText().starts_with(L"Library refreshed."); },
-                               30'000);
-    }
+    bool waitForRefresh() const { return w_.waitForStatus(L"Library refreshed."); }
 
     const LibraryItem* row(const std::string& name) const {
-        const auto& rows = window_->rows();
-        const auto found =
-            std::find_if(rows.begin(), rows.end(), [&](const LibraryItem& r) { return r.name == name; });
-        return found == rows.end() ? nullptr : &*found;
+        const int index = w_.rowOf(name);
+        return index < 0 ? nullptr : &w_->rows()[static_cast<size_t>(index)];
     }
-    void select(const std::string& name) {
-        const auto& rows = window_->rows();
-        const auto found =
-            std::find_if(rows.begin(), rows.end(), [&](const LibraryItem& r) { return r.name == name; });
-        ASSERT_NE(found, rows.end()) << name;
-        ListView_SetItemState(window_->control(command::List), static_cast<int>(found - rows.begin()),
-                              LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+    void send(int id) const {
+        SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(id, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(w_->control(id)));
     }
-    void send(int id) {
-        SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(id, BN_CLICKED),
-                     reinterpret_cast<LPARAM>(window_->control(id)));
-    }
-    std::wstring actionLabel() const { return hwndText(window_->control(command::Launch)); }
-    fs::path cloneFolder() const { return paths_.dataFolder / "github" / "player-orbit"; }
+    fs::path cloneFolder() const { return w_.paths.dataFolder / "github" / "player-orbit"; }
 
-    test::TempFolder folder_;
-    const DataPaths paths_{folder_.path() / "data", folder_.path() / "games"};
-    std::string username_;
-    Settings settings_;
-    std::unique_ptr<MainWindow> window_;
-    std::unique_ptr<test::StatusTexts> status_;
+    test::MainWindowUnderTest w_;
 };
 
 TEST_F(MainWindowCloneTest, AGameSharedThroughAddGameIsClonedByInstallAndBecomesReady) {
@@ -115,33 +89,34 @@ TEST_F(MainWindowCloneTest, AGameSharedThroughAddGameIsClonedByInstallAndBecomes
 
     // Shared through the dialog, which Ctrl+N's command opens over the disabled window.
     send(command::AddGame);
-    AddGameDialog* dialog = window_->addGameDialog();
+    AddGameDialog* dialog = w_->addGameDialog();
     ASSERT_NE(dialog, nullptr);
-    EXPECT_FALSE(IsWindowEnabled(window_->hwnd()));
+    EXPECT_FALSE(IsWindowEnabled(w_->hwnd()));
     ASSERT_TRUE(test::pumpUntil([&] { return dialog->hasLinkedLogin(); }, 20'000));
     SetWindowTextW(dialog->control(addgame::Address), widen(host + "/player/orbit").c_str());
     SetWindowTextW(dialog->control(addgame::Name), L"Orbit Arcade");
     SetWindowTextW(dialog->control(addgame::Launch), L"index.html");
     SendMessageW(dialog->hwnd(), WM_COMMAND, MAKEWPARAM(addgame::AddGame, BN_CLICKED),
                  reinterpret_cast<LPARAM>(dialog->control(addgame::AddGame)));
-    ASSERT_TRUE(test::pumpUntil([&] { return window_->addGameDialog() == nullptr; }, 20'000))
+    ASSERT_TRUE(test::pumpUntil([&] { return w_->addGameDialog() == nullptr; }, 20'000))
         << narrow(dialog->statusText());
-    EXPECT_TRUE(IsWindowEnabled(window_->hwnd()));
+    EXPECT_TRUE(IsWindowEnabled(w_->hwnd()));
 
     // The refresh after the add lists it, not cloned yet.
-    ASSERT_TRUE(test::pumpUntil([&] { return row("Orbit Arcade") != nullptr; }, 30'000)) << status_->joined();
+    ASSERT_TRUE(test::pumpUntil([&] { return row("Orbit Arcade") != nullptr; }, 30'000))
+        << w_.status->joined();
     ASSERT_TRUE(waitForRefresh());
     EXPECT_EQ(row("Orbit Arcade")->browserGame->repoUrl, host + "/player/orbit");
     EXPECT_FALSE(row("Orbit Arcade")->isInstalled());
-    select("Orbit Arcade");
-    EXPECT_EQ(actionLabel(), L"Install");
+    ASSERT_TRUE(w_.select("Orbit Arcade"));
+    EXPECT_EQ(w_.actionLabel(), L"Install");
 
-    status_->clear();
+    w_.status->clear();
     send(command::Launch);
-    window_->installSelected(); // a second press while the first clone runs starts nothing
-    ASSERT_TRUE(test::pumpUntil([&] { return status_->sawStart(L"Orbit Arcade is cloned"); }, 60'000))
-        << status_->joined();
-    const auto& seen = status_->texts();
+    w_->installSelected(); // a second press while the first clone runs starts nothing
+    ASSERT_TRUE(test::pumpUntil([&] { return w_.status->sawStart(L"Orbit Arcade is cloned"); }, 60'000))
+        << w_.status->joined();
+    const auto& seen = w_.status->texts();
     ASSERT_GE(seen.size(), 2u);
     EXPECT_EQ(seen[0], L"Cloning Orbit Arcade from GitHub...");
     EXPECT_EQ(seen[1], L"Orbit Arcade is already being cloned.");
@@ -150,7 +125,7 @@ TEST_F(MainWindowCloneTest, AGameSharedThroughAddGameIsClonedByInstallAndBecomes
     auto at = seen.begin();
     for (const std::wstring& text : progress) {
         at = std::find(at, seen.end(), text);
-        EXPECT_NE(at, seen.end()) << narrow(text) << " missing or out of order: " << status_->joined();
+        EXPECT_NE(at, seen.end()) << narrow(text) << " missing or out of order: " << w_.status->joined();
     }
     EXPECT_TRUE(fs::is_regular_file(cloneFolder() / "index.html"));
     EXPECT_TRUE(fs::is_regular_file(cloneFolder() / "js" / "game.js"));
@@ -159,16 +134,16 @@ TEST_F(MainWindowCloneTest, AGameSharedThroughAddGameIsClonedByInstallAndBecomes
     // The refresh finds the clone where the clone put it: the row is ready.
     ASSERT_TRUE(
         test::pumpUntil([&] { return row("Orbit Arcade") && row("Orbit Arcade")->isInstalled(); }, 30'000))
-        << status_->joined();
+        << w_.status->joined();
     ASSERT_TRUE(waitForRefresh());
     EXPECT_EQ(actionFor(*row("Orbit Arcade")), RowAction::Launch);
-    select("Orbit Arcade");
-    EXPECT_EQ(actionLabel(), L"Launch");
+    ASSERT_TRUE(w_.select("Orbit Arcade"));
+    EXPECT_EQ(w_.actionLabel(), L"Launch");
 
     // Launch plays the clone offline: the kiosk browser opens the clone's own index.html, and
     // the session is reported from start to Stop.
     test::BrowserRegistrations registry;
-    const fs::path edge = test::placeFakeBrowser(folder_.path() / "Edge", L"msedge.exe");
+    const fs::path edge = test::placeFakeBrowser(w_.folder.path() / "Edge", L"msedge.exe");
     registry.addAppPath(HKEY_CURRENT_USER, L"msedge.exe", edge);
     const std::size_t callsBefore = receivedRequests().size();
     send(command::Launch);
@@ -178,9 +153,9 @@ TEST_F(MainWindowCloneTest, AGameSharedThroughAddGameIsClonedByInstallAndBecomes
     EXPECT_NE(start->commandLine.find(L" --app=" + indexUrl + L" --kiosk "), std::wstring::npos)
         << narrow(start->commandLine);
     EXPECT_EQ(fs::path(start->workingFolder), cloneFolder());
-    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 2; }, 15'000));
+    ASSERT_TRUE(test::pumpUntil([&] { return w_->trackedGame().state == 2; }, 15'000));
     send(command::Launch); // Stop
-    ASSERT_TRUE(test::pumpUntil([&] { return window_->trackedGame().state == 0; }, 15'000));
+    ASSERT_TRUE(test::pumpUntil([&] { return w_->trackedGame().state == 0; }, 15'000));
     const auto sessionCalls = [&] {
         std::vector<std::string> calls = receivedRequests();
         calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(callsBefore));
@@ -207,22 +182,22 @@ TEST_F(MainWindowCloneTest, AFailedCloneSaysWhyAndLeavesTheOldCopy) {
         SCOPED_TRACE(c.hostUrl + "/player/" + c.repo);
         pointStandInAt(c.hostUrl);
         const RepositoryGame game =
-            WinHttpApiClient(&settings_)
+            WinHttpApiClient(&w_.settings)
                 .submitRepositoryGame(c.hostUrl + "/player/" + c.repo, "Old Copy", "index.html");
-        const fs::path clone = paths_.dataFolder / "github" / ("player-" + c.repo);
-        folder_.writeFile(clone / "index.html", "the copy being played");
+        const fs::path clone = w_.paths.dataFolder / "github" / ("player-" + c.repo);
+        w_.folder.writeFile(clone / "index.html", "the copy being played");
         open(c.hostUrl);
         ASSERT_NE(row("Old Copy"), nullptr);
         EXPECT_TRUE(row("Old Copy")->isInstalled());
-        select("Old Copy");
-        status_->clear();
-        window_->installSelected();
-        ASSERT_TRUE(test::pumpUntil([&] { return status_->sawStart(L"Clone failed: "); }, 60'000))
-            << status_->joined();
-        EXPECT_TRUE(status_->sawStart(c.status)) << status_->joined();
+        ASSERT_TRUE(w_.select("Old Copy"));
+        w_.status->clear();
+        w_->installSelected();
+        ASSERT_TRUE(test::pumpUntil([&] { return w_.status->sawStart(L"Clone failed: "); }, 60'000))
+            << w_.status->joined();
+        EXPECT_TRUE(w_.status->sawStart(c.status)) << w_.status->joined();
         EXPECT_EQ(test::readTestFile(clone / "index.html"), "the copy being played");
-        window_.reset();
-        WinHttpApiClient(&settings_).deleteRepositoryGame(game.id);
+        w_.window.reset();
+        WinHttpApiClient(&w_.settings).deleteRepositoryGame(game.id);
     }
 }
 
@@ -231,12 +206,13 @@ TEST_F(MainWindowCloneTest, AFailedCloneSaysWhyAndLeavesTheOldCopy) {
 TEST_F(MainWindowCloneTest, ClosingDuringACloneEndsTheWindowAndKeepsTheOldCopy) {
     const std::string host = gitServerUrl();
     pointStandInAt(host);
-    WinHttpApiClient(&settings_).submitRepositoryGame(host + "/player/orbit", "Closing Orbit", "index.html");
-    folder_.writeFile(cloneFolder() / "index.html", "the copy being played");
+    WinHttpApiClient(&w_.settings)
+        .submitRepositoryGame(host + "/player/orbit", "Closing Orbit", "index.html");
+    w_.folder.writeFile(cloneFolder() / "index.html", "the copy being played");
     open(host);
-    select("Closing Orbit");
-    window_->installSelected();
-    window_.reset();
+    ASSERT_TRUE(w_.select("Closing Orbit"));
+    w_->installSelected();
+    w_.window.reset();
     const std::string now = test::readTestFile(cloneFolder() / "index.html");
     EXPECT_TRUE(now == "the copy being played" || now.starts_with("<!doctype html>")) << now;
 }

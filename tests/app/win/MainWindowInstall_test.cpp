@@ -66,7 +66,7 @@ protected:
         w_.settings.overlayHintShown = true; // no hint box to stand between Launch and the game
         ASSERT_TRUE(w_.open());
         ASSERT_TRUE(w_.waitForStatus(L"Library refreshed.")) << narrow(w_->statusText());
-        w_.status->texts.clear();
+        w_.status->clear();
     }
     // Selects the row and presses its action button.
     void press(const std::string& name) {
@@ -104,13 +104,13 @@ TEST_F(MainWindowInstallTest, InstallsSeededBuildsWithAndWithoutALengthAndTheRef
         ASSERT_TRUE(w_.select(c.name));
         EXPECT_EQ(w_.actionLabel(), L"Install");
         EXPECT_FALSE(w_.row(c.name).isInstalled());
-        w_.status->texts.clear();
+        w_.status->clear();
         w_.pressAction();
         ASSERT_TRUE(waitForInstalled(c.name)) << w_.statusTexts();
         ++installed;
 
         // With a Content-Length the percent climbs to 100; without one it stays at 0.
-        const std::vector<std::wstring>& seen = w_.status->texts;
+        const std::vector<std::wstring>& seen = w_.status->texts();
         ASSERT_FALSE(seen.empty());
         EXPECT_EQ(seen.front(), L"Preparing download...");
         std::vector<int> percents;
@@ -272,7 +272,7 @@ TEST_F(MainWindowInstallTest, FailedInstallsSayWhyAndLeaveEverythingAsItWas) {
         const std::size_t callsBefore = receivedRequests().size();
         ASSERT_TRUE(w_.select(c.title));
         EXPECT_EQ(w_.actionLabel(), c.title[0] == 'E' ? L"Update" : L"Install");
-        w_.status->texts.clear();
+        w_.status->clear();
         w_.pressAction();
         ASSERT_TRUE(w_.waitForSawStatus(c.status)) << w_.statusTexts();
         EXPECT_FALSE(w_.sawStatus(L"Loading library...")) << "no refresh after a failure";
@@ -300,9 +300,9 @@ TEST_F(MainWindowInstallTest, OneInstallPerTitleAtATime) {
     ASSERT_TRUE(waitForInstalled("Ember Keep"));
     // Once it is done, the title may be installed again (the row now offers Launch, so the
     // install is asked for directly).
-    w_.status->texts.clear();
+    w_.status->clear();
     w_->installSelected();
-    EXPECT_EQ(w_.status->texts.front(), L"Preparing download...");
+    EXPECT_EQ(w_.status->texts().front(), L"Preparing download...");
     EXPECT_TRUE(w_.waitForSawStatus(L"Library refreshed."));
 }
 
@@ -371,10 +371,10 @@ TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
     };
     for (const auto& c : cases) {
         ASSERT_TRUE(w_.select(c.name));
-        w_.status->texts.clear();
+        w_.status->clear();
         w_->installSelected();
         test::pumpUntil([] { return false; }, 200);
-        EXPECT_EQ(w_.status->texts, c.status) << c.name;
+        EXPECT_EQ(w_.status->texts(), c.status) << c.name;
     }
 }
 

@@ -14,6 +14,7 @@
 #include "support/TempFolder.hpp"
 #include "support/win/MessagePump.hpp"
 #include "support/win/ServiceStandIn.hpp"
+#include "support/win/StatusRecorder.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -22,39 +23,6 @@
 #include <vector>
 
 namespace corvandell::test {
-
-// Every text the status line is given, in order, however quickly the next one followed.
-class StatusRecorder {
-public:
-    explicit StatusRecorder(HWND status) : status_(status) {
-        SetPropW(status_, kProp, this);
-        previous_ = reinterpret_cast<WNDPROC>(
-            SetWindowLongPtrW(status_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&StatusRecorder::procedure)));
-    }
-    ~StatusRecorder() {
-        if (IsWindow(status_)) {
-            SetWindowLongPtrW(status_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous_));
-            RemovePropW(status_, kProp);
-        }
-    }
-    StatusRecorder(const StatusRecorder&) = delete;
-    StatusRecorder& operator=(const StatusRecorder&) = delete;
-
-    std::vector<std::wstring> texts;
-
-private:
-    static constexpr wchar_t kProp[] = L"CorvandellTestStatusRecorder";
-    static LRESULT CALLBACK procedure(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
-        auto* self = static_cast<StatusRecorder*>(GetPropW(hwnd, kProp));
-        if (message == WM_SETTEXT && lParam != 0) {
-            self->texts.emplace_back(reinterpret_cast<const wchar_t*>(lParam));
-        }
-        return CallWindowProcW(self->previous_, hwnd, message, wParam, lParam);
-    }
-
-    HWND status_;
-    WNDPROC previous_ = nullptr;
-};
 
 class MainWindowUnderTest {
 public:
@@ -81,7 +49,7 @@ public:
         if (!window->create(showCommand)) {
             return false;
         }
-        status = std::make_unique<StatusRecorder>(window->control(win::control::Status));
+        status = std::make_unique<StatusTexts>(window->control(win::control::Status));
         return true;
     }
 
@@ -91,21 +59,12 @@ public:
         return pumpUntil([&] { return window->statusText().starts_with(startingWith); }, timeoutMs);
     }
     // Whether the status line was given a text starting so since it was opened (or cleared).
-    bool sawStatus(const std::wstring& startingWith) const {
-        return std::any_of(status->texts.begin(), status->texts.end(),
-                           [&](const std::wstring& text) { return text.starts_with(startingWith); });
-    }
+    bool sawStatus(const std::wstring& startingWith) const { return status->sawStart(startingWith); }
     bool waitForSawStatus(const std::wstring& startingWith, DWORD timeoutMs = 30'000) const {
         return pumpUntil([&] { return sawStatus(startingWith); }, timeoutMs);
     }
     // The texts seen, for a failure's message.
-    std::string statusTexts() const {
-        std::wstring all;
-        for (const std::wstring& text : status->texts) {
-            all += L"[" + text + L"] ";
-        }
-        return win::narrow(all);
-    }
+    std::string statusTexts() const { return status->joined(); }
 
     // The row with this key or name; -1 when there is none.
     int rowOf(const std::string& keyOrName) const {
@@ -135,7 +94,7 @@ public:
     DataPaths paths{folder.path() / "data", folder.path() / "games"};
     Settings settings = defaultSettings(paths.defaultLibraryFolder);
     win::MainWindowJobs jobs;
-    std::unique_ptr<StatusRecorder> status; // outlives the window it watches
+    std::unique_ptr<StatusTexts> status; // outlives the window it watches
     std::unique_ptr<win::MainWindow> window;
 };
 
