@@ -11,6 +11,7 @@
 #include "base/win/WideText.hpp"
 #include "support/TempFolder.hpp"
 #include "support/win/FakeBrowsers.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 #include "support/win/MessagePump.hpp"
 #include "support/win/ServiceStandIn.hpp"
 #include "support/win/TestGames.hpp"
@@ -58,23 +59,21 @@ HWND fakeBrowserWindow() {
 class MainWindowWebGameTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        applyTheme(builtInSkins()[0]);
-        settings_ = signedInSettings(uniqueUser());
-        settings_.overlayHintShown = true;
+        w_.signIn(uniqueUser());
+        w_.settings.overlayHintShown = true;
         // A space and a "#" in the data folder, as a user's name may have.
-        paths_ = DataPaths{folder_.path() / "Ann Lee #1" / "data", folder_.path() / "games"};
-        fs::create_directories(paths_.dataFolder);
+        w_.paths.dataFolder = w_.folder.path() / "Ann Lee #1" / "data";
         callsBefore_ = receivedRequests().size();
     }
 
     void TearDown() override {
-        window_.reset();
-        test::endProcessesUnder(folder_.path());
+        w_.window.reset();
+        test::endProcessesUnder(w_.folder.path());
     }
 
     // A cloned game laid out as the clone leaves it: data folder/github/owner-repo.
     RepositoryGame clonedGame(LibraryResult& result) {
-        const fs::path clone = paths_.dataFolder / "github" / "ann-star";
+        const fs::path clone = w_.paths.dataFolder / "github" / "ann-star";
         fs::create_directories(clone);
         std::ofstream(clone / "index.html") << "<title>Star</title>";
         result.cloneFolders["7"] = clone.string();
@@ -90,32 +89,20 @@ protected:
     void openWith(LibraryResult result) {
         result.succeeded = true;
         const size_t count = result.browserGames.size();
-        MainWindowJobs jobs;
-        jobs.makeRefresh = [result](const std::string&) -> std::function<LibraryResult()> {
-            return [result] { return result; };
-        };
-        window_ = std::make_unique<MainWindow>(GetModuleHandleW(nullptr), paths_, settings_,
-                                               settingsFileIn(paths_.dataFolder), std::move(jobs));
-        ASSERT_TRUE(window_->create(SW_HIDE));
-        ASSERT_TRUE(test::pumpUntil([&] { return window_->rows().size() == count; }, 10000));
+        w_.jobs = MainWindowJobs{};
+        w_.answerRefreshes(result);
+        ASSERT_TRUE(w_.open());
+        ASSERT_TRUE(test::pumpUntil([&] { return w_->rows().size() == count; }, 10000));
     }
 
-    void select(const std::string& key) {
-        const auto& rows = window_->rows();
-        const auto found =
-            std::find_if(rows.begin(), rows.end(), [&](const LibraryItem& r) { return r.key == key; });
-        ASSERT_NE(found, rows.end()) << key;
-        ListView_SetItemState(window_->control(command::List), static_cast<int>(found - rows.begin()),
-                              LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
-    }
-
-    void launch(const std::string& key) {
+    void select(const std::string& key) const { ASSERT_TRUE(w_.select(key)) << key; }
+    void launch(const std::string& key) const {
         select(key);
-        SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Launch, BN_CLICKED), 0);
+        SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Launch, BN_CLICKED), 0);
     }
 
-    bool waitForState(int state, DWORD timeoutMs) {
-        return test::pumpUntil([&] { return window_->trackedGame().state == state; }, timeoutMs);
+    bool waitForState(int state, DWORD timeoutMs) const {
+        return test::pumpUntil([&] { return w_->trackedGame().state == state; }, timeoutMs);
     }
 
     std::optional<test::BrowserStart> waitForStart(const fs::path& browser) {
@@ -134,19 +121,16 @@ protected:
     }
 
     fs::path profileOf(const std::string& id) const {
-        return paths_.dataFolder / "webgames" / ("github_" + id);
+        return w_.paths.dataFolder / "webgames" / ("github_" + id);
     }
 
-    test::TempFolder folder_;
+    test::MainWindowUnderTest w_;
     test::BrowserRegistrations registry_;
-    Settings settings_;
-    DataPaths paths_;
     size_t callsBefore_ = 0;
-    std::unique_ptr<MainWindow> window_;
 };
 
 TEST_F(MainWindowWebGameTest, AClonedGameRunsInEdgeOnItsFileUrlUntilTheBrowserAndItsChildHaveEnded) {
-    const fs::path browserFolder = folder_.path() / "Edge";
+    const fs::path browserFolder = w_.folder.path() / "Edge";
     const fs::path edge = test::placeFakeBrowser(browserFolder, L"msedge.exe", "--child-lingers-ms 2000");
     registry_.addAppPath(HKEY_CURRENT_USER, L"msedge.exe", edge);
     LibraryResult result;
@@ -154,13 +138,13 @@ TEST_F(MainWindowWebGameTest, AClonedGameRunsInEdgeOnItsFileUrlUntilTheBrowserAn
     openWith(result);
 
     launch("github:7");
-    EXPECT_EQ(window_->statusText(), L"Launching Star Game...");
+    EXPECT_EQ(w_->statusText(), L"Launching Star Game...");
     const auto start = waitForStart(edge);
     ASSERT_TRUE(start);
-    const std::wstring clone = (paths_.dataFolder / "github" / "ann-star").wstring();
+    const std::wstring clone = (w_.paths.dataFolder / "github" / "ann-star").wstring();
     EXPECT_EQ(
         start->commandLine,
-        L"\"" + edge.wstring() + L"\" --app=file:///" + slashed(folder_.path().wstring()) +
+        L"\"" + edge.wstring() + L"\" --app=file:///" + slashed(w_.folder.path().wstring()) +
             L"/Ann%20Lee%20%231/data/github/ann-star/index.html --kiosk --start-fullscreen --no-first-run "
             L"--no-default-browser-check --disable-features=Translate,TranslateUI --disable-pinch "
             L"--overscroll-history-navigation=0 --user-data-dir=\"" +
@@ -176,16 +160,16 @@ TEST_F(MainWindowWebGameTest, AClonedGameRunsInEdgeOnItsFileUrlUntilTheBrowserAn
 
     // The browser's window closes; its child lives on a while, and so does the game.
     ASSERT_TRUE(test::pumpUntil([] { return fakeBrowserWindow() != nullptr; }, 10000));
-    const DWORD browserId = window_->trackedProcessId();
+    const DWORD browserId = w_->trackedProcessId();
     PostMessageW(fakeBrowserWindow(), WM_CLOSE, 0, 0);
     ASSERT_TRUE(test::pumpUntil([&] { return test::processesUnder(browserFolder).size() == 1; }, 10000));
     EXPECT_NE(test::processesUnder(browserFolder).front(), browserId) << "the child is what is left";
-    EXPECT_EQ(window_->trackedGame().state, 2);
+    EXPECT_EQ(w_->trackedGame().state, 2);
     EXPECT_TRUE(IsWindow(taskbar));
 
     ASSERT_TRUE(waitForState(0, 15000));
     EXPECT_TRUE(test::processesUnder(browserFolder).empty());
-    EXPECT_EQ(window_->statusText(), L"Star Game exited.");
+    EXPECT_EQ(w_->statusText(), L"Star Game exited.");
     EXPECT_FALSE(IsWindow(taskbar));
     ASSERT_TRUE(test::pumpUntil([&] { return sessionCalls().size() >= 2; }, 10000));
     const auto calls = sessionCalls();
@@ -196,9 +180,9 @@ TEST_F(MainWindowWebGameTest, AClonedGameRunsInEdgeOnItsFileUrlUntilTheBrowserAn
 }
 
 TEST_F(MainWindowWebGameTest, AHostedGameRunsInTheChosenFirefoxAtItsAddressAndStopClosesIt) {
-    const fs::path browserFolder = folder_.path() / "Fox";
+    const fs::path browserFolder = w_.folder.path() / "Fox";
     const fs::path fox = test::placeFakeBrowser(browserFolder, L"FireFox.exe", "--child-lingers-ms 300");
-    settings_.webGameBrowsers["github:8"] = "\"" + fox.string() + "\" -osint -url \"%1\"";
+    w_.settings.webGameBrowsers["github:8"] = "\"" + fox.string() + "\" -osint -url \"%1\"";
     LibraryResult result;
     result.browserGames = {hostedGame()};
     openWith(result);
@@ -212,16 +196,16 @@ TEST_F(MainWindowWebGameTest, AHostedGameRunsInTheChosenFirefoxAtItsAddressAndSt
     ASSERT_TRUE(test::pumpUntil([&] { return test::processesUnder(browserFolder).size() == 2; }, 10000));
     EXPECT_NE(FindWindowW(kTaskbarClass, L"Moon Game"), nullptr);
 
-    SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Launch, BN_CLICKED), 0); // Stop
-    EXPECT_EQ(window_->statusText(), L"Stopping Moon Game...");
+    SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Launch, BN_CLICKED), 0); // Stop
+    EXPECT_EQ(w_->statusText(), L"Stopping Moon Game...");
     ASSERT_TRUE(waitForState(0, 15000));
-    EXPECT_EQ(window_->statusText(), L"Moon Game exited.");
+    EXPECT_EQ(w_->statusText(), L"Moon Game exited.");
     EXPECT_TRUE(test::processesUnder(browserFolder).empty());
     EXPECT_EQ(FindWindowW(kTaskbarClass, L"Moon Game"), nullptr);
 }
 
 TEST_F(MainWindowWebGameTest, WhatCannotStartSaysWhyAndStartsNothing) {
-    const fs::path edge = test::placeFakeBrowser(folder_.path() / "Edge", L"msedge.exe");
+    const fs::path edge = test::placeFakeBrowser(w_.folder.path() / "Edge", L"msedge.exe");
     LibraryResult result;
     RepositoryGame cloned = clonedGame(result);
     RepositoryGame badFile = cloned;
@@ -232,8 +216,8 @@ TEST_F(MainWindowWebGameTest, WhatCannotStartSaysWhyAndStartsNothing) {
     uncloned.id = "10";
     result.browserGames = {cloned, hostedGame("https://evil.example/moon/"), badFile, uncloned};
     // A browser for each but the first, so that what is wrong with the game itself shows.
-    settings_.webGameBrowsers["github:8"] = edge.string();
-    settings_.webGameBrowsers["github:9"] = edge.string();
+    w_.settings.webGameBrowsers["github:8"] = edge.string();
+    w_.settings.webGameBrowsers["github:9"] = edge.string();
     openWith(result);
 
     const struct {
@@ -246,27 +230,27 @@ TEST_F(MainWindowWebGameTest, WhatCannotStartSaysWhyAndStartsNothing) {
         {"github:10", L"unchanged"}, // not cloned: Install clones it first
     };
     for (const auto& c : cases) {
-        SetWindowTextW(window_->control(control::Status), L"unchanged");
+        SetWindowTextW(w_->control(control::Status), L"unchanged");
         select(c.key);
-        window_->launchSelected(); // the launch flow itself, whatever the row's button offers
+        w_->launchSelected(); // the launch flow itself, whatever the row's button offers
         test::pumpUntil([] { return false; }, 200);
-        EXPECT_EQ(window_->statusText(), c.status) << c.key;
-        EXPECT_EQ(window_->trackedGame().state, 0) << c.key;
+        EXPECT_EQ(w_->statusText(), c.status) << c.key;
+        EXPECT_EQ(w_->trackedGame().state, 0) << c.key;
     }
     // A chosen browser that is gone.
-    window_.reset();
-    settings_.webGameBrowsers["github:7"] = (folder_.path() / "gone" / "chrome.exe").string();
+    w_.window.reset();
+    w_.settings.webGameBrowsers["github:7"] = (w_.folder.path() / "gone" / "chrome.exe").string();
     openWith(result);
     launch("github:7");
-    EXPECT_EQ(window_->statusText(), widen(kLaunchFailedText));
-    EXPECT_EQ(window_->trackedGame().state, 0);
+    EXPECT_EQ(w_->statusText(), widen(kLaunchFailedText));
+    EXPECT_EQ(w_->trackedGame().state, 0);
     EXPECT_EQ(FindWindowW(kTaskbarClass, nullptr), nullptr);
     EXPECT_FALSE(test::recordedStart(edge));
     EXPECT_TRUE(sessionCalls().empty());
 }
 
 TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticRemovesIt) {
-    const fs::path fox = test::placeFakeBrowser(folder_.path() / "Fox", L"firefox.exe");
+    const fs::path fox = test::placeFakeBrowser(w_.folder.path() / "Fox", L"firefox.exe");
     const std::wstring subkey = L"CorvandellFox" + std::to_wstring(GetCurrentProcessId());
     const std::wstring foxCommand = L"\"" + fox.wstring() + L"\" -osint -url \"%1\"";
     registry_.addBrowser(HKEY_CURRENT_USER, subkey, L"Fake Fox", foxCommand);
@@ -277,7 +261,7 @@ TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticR
     select("github:7");
 
     const auto openDialog = [&] {
-        SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::GameOptions, 0), 0);
+        SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::GameOptions, 0), 0);
         return FindWindowW(WebGameOptionsDialog::kClassName, nullptr);
     };
     const auto entries = [](HWND list) {
@@ -297,7 +281,7 @@ TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticR
         ASSERT_NE(found, texts.end());
         SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(found - texts.begin()), 0);
     };
-    const fs::path settingsFile = paths_.dataFolder / "settings.json";
+    const fs::path settingsFile = w_.paths.dataFolder / "settings.json";
 
     HWND dialog = openDialog();
     ASSERT_NE(dialog, nullptr);
@@ -317,14 +301,14 @@ TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticR
     choose(dialog, L"Machine Browser");
     SendMessageW(GetDlgItem(dialog, IDCANCEL), BM_CLICK, 0, 0);
     EXPECT_FALSE(IsWindow(dialog));
-    EXPECT_TRUE(window_->settings().webGameBrowsers.empty());
+    EXPECT_TRUE(w_->settings().webGameBrowsers.empty());
 
     dialog = openDialog();
     choose(dialog, L"Fake Fox");
     SendMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
     EXPECT_FALSE(IsWindow(dialog));
-    EXPECT_EQ(window_->statusText(), L"Saved. Star Game will use the chosen browser on its next launch.");
-    EXPECT_EQ(window_->settings().webGameBrowsers.at("github:7"), narrow(foxCommand));
+    EXPECT_EQ(w_->statusText(), L"Saved. Star Game will use the chosen browser on its next launch.");
+    EXPECT_EQ(w_->settings().webGameBrowsers.at("github:7"), narrow(foxCommand));
     EXPECT_EQ(parseSettings(fileText(settingsFile), {}).webGameBrowsers["github:7"], narrow(foxCommand));
 
     // The next launch uses it.
@@ -333,7 +317,7 @@ TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticR
     ASSERT_TRUE(start);
     EXPECT_TRUE(start->commandLine.starts_with(L"\"" + fox.wstring() + L"\" -kiosk -new-instance"))
         << start->commandLine;
-    SendMessageW(window_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Launch, BN_CLICKED), 0); // Stop
+    SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::Launch, BN_CLICKED), 0); // Stop
     ASSERT_TRUE(waitForState(0, 15000));
 
     // Opened again it shows the choice; Automatic takes it away.
@@ -342,7 +326,7 @@ TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticR
     EXPECT_EQ(entries(list)[static_cast<size_t>(SendMessageW(list, CB_GETCURSEL, 0, 0))], L"Fake Fox");
     choose(dialog, L"Automatic (Microsoft Edge or Google Chrome)");
     SendMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
-    EXPECT_TRUE(window_->settings().webGameBrowsers.empty());
+    EXPECT_TRUE(w_->settings().webGameBrowsers.empty());
     EXPECT_EQ(fileText(settingsFile).find("github:7"), std::string::npos);
     EXPECT_NE(fileText(settingsFile).find("\"webGameBrowsers\":{"), std::string::npos);
 }
