@@ -136,10 +136,9 @@ TEST_F(AddGameDialogTest, ShowsItsControlsAndTheLinkedLoginAndChecksBeforeSendin
         const char* launch;
         const char* status;
     } refused[] = {
+        // One refusal of each kind; which input gets which text is AddGameForm's table.
         {"https://gitlab.com/a/b", "B", "index.html",
          "That doesn't look like a github.com repository or a *.github.io Pages URL."},
-        {"https://github.com/someone/game", "", "index.html",
-         "Enter a display name and the launch .html file (you don't own this repo)."},
         {"https://github.com/someone/game", "Game", "../index.html",
          "The launch file must be a repo-relative .html file."},
     };
