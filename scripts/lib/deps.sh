@@ -2,7 +2,7 @@
 # Source it and call ensure_packages; it runs apt only when something is absent.
 
 CORVANDELL_PACKAGES=(
-    cmake ninja-build g++ git clang-format
+    cmake ninja-build g++ git clang-format time
     googletest libgtest-dev libgmock-dev libbenchmark-dev
     g++-mingw-w64-x86-64-posix nsis zip
     wine wine64

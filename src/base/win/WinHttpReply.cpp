@@ -1,8 +1,8 @@
 #include "base/win/WinHttpReply.hpp"
 
+#include <algorithm>
 #include <cwchar>
 #include <limits>
-#include <vector>
 
 namespace corvandell::win {
 
@@ -31,12 +31,18 @@ std::optional<unsigned long long> declaredLength(HINTERNET request) {
 
 } // namespace
 
+// A declared length sizes the body once (within a bound a lying header cannot push past),
+// and each piece is read straight into the body's tail rather than through a buffer.
 std::optional<std::string> readReplyBodyUpTo(HINTERNET request, std::size_t maxBytes) {
-    if (const auto length = declaredLength(request); length && *length > maxBytes) {
+    constexpr unsigned long long kMostReservedBytes = 256ull << 20;
+    const auto length = declaredLength(request);
+    if (length && *length > maxBytes) {
         return std::nullopt;
     }
     std::string body;
-    std::vector<char> chunk;
+    if (length) {
+        body.reserve(static_cast<std::size_t>(std::min(*length, kMostReservedBytes)));
+    }
     for (;;) {
         DWORD available = 0;
         if (!WinHttpQueryDataAvailable(request, &available) || available == 0) {
@@ -45,12 +51,14 @@ std::optional<std::string> readReplyBodyUpTo(HINTERNET request, std::size_t maxB
         if (available > maxBytes - body.size()) {
             return std::nullopt;
         }
-        chunk.assign(available, '\0');
+        const std::size_t at = body.size();
+        body.resize(at + available);
         DWORD read = 0;
-        if (!WinHttpReadData(request, chunk.data(), available, &read)) {
+        const bool isRead = WinHttpReadData(request, body.data() + at, available, &read) != 0;
+        body.resize(at + (isRead ? read : 0));
+        if (!isRead) {
             break;
         }
-        body.append(chunk.data(), read);
     }
     return body;
 }
