@@ -1,5 +1,4 @@
-// Every operation's request as the service must receive it, recorded below the transport,
-// so a wrong method, path, query encoding or body byte shows up without a server.
+// Recorded below the transport, so a wrong method, path, encoding or body byte shows up.
 #include "api/ApiClient.hpp"
 
 #include <functional>

@@ -1,5 +1,4 @@
-// The key scanners and escapers, edge by edge: service replies and our own files are only
-// ever seen through them, so each odd edge here is part of the format.
+// Service replies and our own files are only seen through these, so each edge is format.
 #include "api/JsonText.hpp"
 
 #include <gtest/gtest.h>

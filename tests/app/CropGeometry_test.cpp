@@ -1,5 +1,4 @@
-// The crop dialog's geometry: the fitted picture, drags that make squares anywhere the
-// pointer goes, moves stopped at the edges, and the square drawn back in the view.
+// Drags in any direction make squares that stay inside the picture.
 #include "app/CropGeometry.hpp"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-// What a run may write over settings.json and library.json, decided by how each was found
-// at start: real files, folders and leftovers, with the clock fixed where names depend on it.
+// What a run may write over settings.json and library.json, decided by how each was found.
 #include "app/GuardedFile.hpp"
 
 #include "app/LibraryCache.hpp"

@@ -1,5 +1,4 @@
-// The apply step's merge on small libraries: each case names its sources and the rows the
-// list must show, summarised as key, title, State text and install folder.
+// Rows summarised as key | title | State | install folder.
 #include "app/LibraryMerge.hpp"
 
 #include "app/RefreshSequence.hpp"

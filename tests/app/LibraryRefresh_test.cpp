@@ -1,5 +1,4 @@
-// The refresh job over a Steam library on disk and a scripted service: what it asks, in
-// which order, and what travels back when the service fails part-way.
+// The refresh job over a Steam library on disk and a scripted service.
 #include "app/LibraryRefresh.hpp"
 
 #include "app/LibraryActivity.hpp"

@@ -1,5 +1,4 @@
-// The list's columns at the widths the window gives it: they fill the list exactly and the
-// Rating column keeps its width.
+// The columns fill the list exactly and the Rating column keeps its width.
 #include "app/MainLayout.hpp"
 
 #include <gtest/gtest.h>

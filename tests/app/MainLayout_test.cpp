@@ -1,5 +1,4 @@
-// The main window's layout at 100%, 125%, 150% and 200%: fixed parts grow with the dots per
-// inch, the parts that follow the client size stay flush with its edges.
+// Fixed parts grow with the DPI; parts that follow the client size stay flush with its edges.
 #include "app/MainLayout.hpp"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,3 @@
-// The options dialog's field checks: what each accepts, the value it stores, and the
-// message for what it refuses; and creating the library folder on the real file system.
 #include "app/OptionsInput.hpp"
 
 #include "base/AsciiText.hpp"

@@ -1,5 +1,4 @@
-// The overlay's friends list: friends in a game first, then online, then offline, each
-// group in the order the service gave, and the online count that heads the list.
+// Players first, then online, then offline, each group in the service's order.
 #include "app/OverlayFriends.hpp"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,4 @@
-// The overlay's layout on screens from tiny to 4K and from 100% to 200%: the panel is
-// centred and whole, its parts inside it and apart, and a screen too small for the panel
-// at its zoom gets a smaller panel rather than a clipped one.
+// A screen too small for the panel at its zoom gets a smaller panel, never a clipped one.
 #include "app/OverlayLayout.hpp"
 
 #include <gtest/gtest.h>

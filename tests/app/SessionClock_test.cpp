@@ -1,5 +1,4 @@
-// The overlay's session clock: hours are never wrapped, and a tick before the launch (a
-// wrong or foreign tick) reads as no time rather than as a huge one.
+// Hours never wrap, and a tick before the launch reads as no time rather than a huge one.
 #include "app/SessionClock.hpp"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-// The scanners of the stores found through their own data files (Xbox, EA, Battle.net, Riot),
-// each fed the files as the store writes them, with stale, foreign and damaged ones beside.
+// Scanners of the stores found through their own data files, with stale and damaged ones beside.
 #include "stores/StoreTree.hpp"
 
 #include "stores/StoreLaunch.hpp"

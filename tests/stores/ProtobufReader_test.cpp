@@ -1,5 +1,4 @@
-// Protocol buffers fields from tiny hex messages: each wire type the reader accepts, and each
-// kind of damage, which stops the reading with its own reason and keeps what came before.
+// Each kind of damage stops the reading with its own reason and keeps what came before.
 #include "stores/ProtobufReader.hpp"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-// The Steam scanner on synthetic Steam folders: a real file tree, a map for the registry,
-// and records written the way Steam writes them (paths with doubled backslashes).
+// Records written the way Steam writes them (paths with doubled backslashes).
 #include "stores/SteamScanner.hpp"
 
 #include "stores/StoreTree.hpp"

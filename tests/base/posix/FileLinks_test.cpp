@@ -1,7 +1,4 @@
-// The link seam and the folder removal on symbolic links made here, as POSIX makes them
-// without any privilege: every kind of link is one and nothing else is, and removing a tree
-// leaves whatever its links point to exactly as it was. The Windows half, on links Wine
-// shows as reparse points, is in win/FileLinks_test.cpp.
+// Removing a tree leaves whatever its links point to as it was (the Windows half is in win/).
 #include "base/FileLinks.hpp"
 #include "base/FolderRemoval.hpp"
 
