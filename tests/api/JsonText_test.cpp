@@ -1,5 +1,4 @@
-// The key scanners and escapers, edge by edge: service replies and our own files are only
-// ever seen through them, so each odd edge here is part of the format.
+// Service replies and our own files are only seen through these, so each edge is format.
 #include "api/JsonText.hpp"
 
 #include <gtest/gtest.h>
@@ -18,13 +17,10 @@ TEST(JsonText, ReadStringTakesTheNextStringAfterTheColonAndUnescapesIt) {
         {R"({"n":5,"name":"x"})", "n", "name"},
         {R"({"v":"a\u00e9b"})", "v", "au00e9b"},
         {R"({"v":"a\rb"})", "v", "arb"},
-        {R"({"v":"a\nb\tc"})", "v", "a\nb\tc"},
         {R"({"v":"say \"hi\" \\ \/"})", "v", R"(say "hi" \ /)"},
         {R"({"userId":"u1","id":"i2"})", "id", "i2"},
-        {R"({"userId":"u1"})", "id", ""},
         {R"({"v":5})", "v", ""},
         {R"({"v":"runs to the end)", "v", "runs to the end"},
-        {R"({"v":"lone\)", "v", R"(lone\)"},
         {R"({"v" "no colon"})", "v", ""},
     };
     for (const auto& [text, key, expected] : cases) {
@@ -35,7 +31,6 @@ TEST(JsonText, ReadStringTakesTheNextStringAfterTheColonAndUnescapesIt) {
 TEST(JsonText, ReadBoolLooksAtEightCharactersAfterTheColon) {
     const std::vector<std::tuple<std::string, bool, bool>> cases = {
         {R"("online": true)", false, true},      {R"("online":"true")", false, true},
-        {R"("online":false)", true, false},      {R"("online":null)", true, true},
         {R"("online":null)", false, false},      {R"("other":true)", false, false},
         {R"("online":     true)", false, false}, {R"("online":    true)", false, true},
     };
@@ -46,9 +41,8 @@ TEST(JsonText, ReadBoolLooksAtEightCharactersAfterTheColon) {
 
 TEST(JsonText, NumbersFollowStoiStollAndStodAndFallBackOnAnyFailure) {
     const std::vector<std::tuple<std::string, int>> cases = {
-        {R"( 12})", 12},          {R"("7")", -1},     {"null", -1},
-        {"\n\t -5,", -5},         {"0x1F", 0},        {"2147483647", INT_MAX},
-        {"-2147483648", INT_MIN}, {"2147483648", -1}, {"99999999999999999999", -1},
+        {R"("7")", -1},          {"null", -1},       {"\n\t -5,", -5}, {"0x1F", 0},
+        {"2147483647", INT_MAX}, {"2147483648", -1},
     };
     for (const auto& [value, expected] : cases) {
         EXPECT_EQ(readInt(R"({"count":)" + value, "count", -1), expected) << value;
@@ -56,7 +50,6 @@ TEST(JsonText, NumbersFollowStoiStollAndStodAndFallBackOnAnyFailure) {
     EXPECT_EQ(readInt(R"({"other":3})", "count", -1), -1);
     EXPECT_EQ(readInt64(R"({"t":9223372036854775807})", "t", 0), INT64_MAX);
     EXPECT_EQ(readInt64(R"({"t":9223372036854775808})", "t", 7), 7);
-    EXPECT_EQ(readInt64(R"({"t":"5"})", "t", 7), 7);
     EXPECT_DOUBLE_EQ(readDouble(R"({"avg": -1e3,})", "avg", 0.0), -1000.0);
     EXPECT_DOUBLE_EQ(readDouble(R"({"avg":"4.5"})", "avg", 2.5), 2.5);
     EXPECT_DOUBLE_EQ(readDouble(R"({"avg":1e999})", "avg", 2.5), 2.5);
@@ -67,11 +60,9 @@ TEST(JsonText, ReadObjectListSplitsTheKeysArrayOrElseTheWholeText) {
         {R"([{"a":1},{"b":{"c":2}}])", {R"({"a":1})", R"({"b":{"c":2}})"}},
         {R"({"items":[{"a":1}],"other":[{"z":0}]})", {R"({"a":1})"}},
         {R"({"items":[{"s":"]"},{"t":"x\"]"}],"more":{"m":1}})", {R"({"s":"]"})", R"({"t":"x\"]"})"}},
-        {R"({"items":[{"a":1},{"b":2})", {R"({"a":1})", R"({"b":2})"}},
         {R"({"items":null,"x":{"y":1}})", {R"({"items":null,"x":{"y":1}})"}},
         {R"([{"t":"}{"},{"u":"\"}"}])", {R"({"t":"}{"})", R"({"u":"\"}"})"}},
         {R"(}{"a":1}})", {R"({"a":1})"}},
-        {R"({"a":1},{"b":)", {R"({"a":1})"}},
         {"no objects", {}},
     };
     for (const auto& [text, expected] : cases) {
@@ -84,7 +75,6 @@ TEST(JsonText, EscapersChangeOnlyWhatTheirTargetRequires) {
         {"a\tb\rc", "a\tb\rc", "a%09b%0Dc"},
         {"a\"b\\c\nd", R"(a\"b\\c\nd)", "a%22b%5Cc%0Ad"},
         {"a b/\xC3\xA9", "a b/\xC3\xA9", "a%20b%2F%C3%A9"},
-        {"AZaz09-._~", "AZaz09-._~", "AZaz09-._~"},
         {"+&=?\x01\x7F\xFF", "+&=?\x01\x7F\xFF", "%2B%26%3D%3F%01%7F%FF"},
     };
     for (const auto& [input, body, query] : cases) {

@@ -1,5 +1,4 @@
-// The well-formedness check on our own files whole and cut short, on hand edits, and on
-// hostile nesting that a recursive checker would die on.
+// Our own files cut short, hand edits, and nesting a recursive checker would die on.
 #include "api/JsonWellFormed.hpp"
 
 #include "app/LibraryCache.hpp"

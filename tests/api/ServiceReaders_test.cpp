@@ -1,6 +1,4 @@
-// The record readers on replies shaped like the service's. The Windows suites read most keys
-// end to end; these pin the keys the stand-in's flows leave unchecked, and the defaults a
-// missing, null, quoted or out-of-range value must fall back to.
+// Keys the stand-in's flows leave unchecked, and the defaults bad values fall back to.
 #include "api/ServiceReaders.hpp"
 
 #include <tuple>

@@ -22,11 +22,9 @@ TEST(DataPaths, FoldersFollowTheFirstVariableThatIsSetAndNotEmpty) {
         {{{"APPDATA", "/r"}, {"LOCALAPPDATA", "/l"}, {"HOME", "/h"}},
          fs::path("/r") / "Corvandell",
          fs::path("/l") / "Corvandell" / "Games"},
-        {{{"HOME", "/h"}}, homeData, fs::path("/h") / "CorvandellGames"},
         {{{"APPDATA", ""}, {"LOCALAPPDATA", ""}, {"HOME", "/h"}},
          homeData,
          fs::path("/h") / "CorvandellGames"},
-        {{}, here / "corvandell-data", here / "Games"},
         {{{"HOME", ""}}, here / "corvandell-data", here / "Games"},
     };
     for (const auto& c : cases) {

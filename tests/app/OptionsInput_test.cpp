@@ -1,5 +1,3 @@
-// The options dialog's field checks: what each accepts, the value it stores, and the
-// message for what it refuses; and creating the library folder on the real file system.
 #include "app/OptionsInput.hpp"
 
 #include "base/AsciiText.hpp"
@@ -37,21 +35,12 @@ TEST(OptionsInput, DownloadLimitIsAWholeNumberOfKbpsWithZeroOrNothingForNoLimit)
     expectCases<int>(
         {
             {"", 0, ""},
-            {"   ", 0, ""},
-            {"0", 0, ""},
-            {"512", 512, ""},
             {" 2048 ", 2048, ""},
-            {"000750", 750, ""},
             {"1000000", 1000000, ""},
             {"1000001", 0, tooLarge},
             {"99999999999999999999999", 0, tooLarge},
             {"-1", 0, notANumber},
-            {"+5", 0, notANumber},
             {"1.5", 0, notANumber},
-            {"1,000", 0, notANumber},
-            {"fast", 0, notANumber},
-            {"12 34", 0, notANumber},
-            {"0x10", 0, notANumber},
         },
         &checkDownloadLimit);
 }
@@ -60,14 +49,10 @@ TEST(OptionsInput, VolumesArePercentagesFromZeroToTwoHundred) {
     const std::string outOfRange = "The output volume must be a whole number from 0 to 200 (%).";
     expectCases<int>(
         {
-            {"0", 0, ""},
-            {"100", 100, ""},
             {" 200", 200, ""},
             {"201", 0, outOfRange},
-            {"-5", 0, outOfRange},
             {"", 0, outOfRange},
             {"50%", 0, outOfRange},
-            {"loud", 0, outOfRange},
         },
         [](std::string_view text) { return checkVolume(text, "output"); });
 }
@@ -90,35 +75,19 @@ TEST(OptionsInput, ServiceAddressIsHttpsHostAndPortOnlyWithHttpKeptForThisComput
         "The service address must start with https://, such as https://api.example.com.";
     expectCases<std::string>(
         {
-            {"https://api.corvandell.example", "https://api.corvandell.example", ""},
             {"  HTTPS://API.Example.COM/ ", "https://api.example.com", ""},
             {"https://api.example.com:8443", "https://api.example.com:8443", ""},
-            {"http://127.0.0.1:41234", "http://127.0.0.1:41234", ""},
             {"http://localhost:8080/", "http://localhost:8080", ""},
             {"http://[::1]:9000", "http://[::1]:9000", ""},
-            {"https://[2001:db8::1]", "https://[2001:db8::1]", ""},
-            {"https://10.0.0.5", "https://10.0.0.5", ""},
             {"", "", "Enter the service address, such as https://api.example.com."},
-            {"api.example.com", "", noScheme},
             {"ftp://api.example.com", "", noScheme},
             {"http://api.example.com", "", plainHttp},
             {"http://127.0.0.2", "", plainHttp},
             {"https://api.example.com/v1", "", onlyOrigin},
-            {"https://api.example.com?x=1", "", onlyOrigin},
-            {"https://api.example.com#top", "", onlyOrigin},
             {"https://user@api.example.com", "", onlyOrigin},
-            {"https://api example.com", "", onlyOrigin},
-            {"https://", "", badHost},
-            {"https://:443", "", badHost},
-            {"https://api.example.com:", "", badHost},
-            {"https://api.example.com:0", "", badHost},
             {"https://api.example.com:65536", "", badHost},
-            {"https://api.example.com:80a", "", badHost},
             {"https://api..example.com", "", badHost},
-            {"https://-api.example.com", "", badHost},
-            {"https://api_example.com", "", badHost},
             {"https://[::1", "", badHost},
-            {"https://[xyz]", "", badHost},
         },
         &checkServiceAddress);
 }
@@ -128,18 +97,11 @@ TEST(OptionsInput, NicknameIsOneToThirtyTwoCharactersWithoutControlCharacters) {
     const std::string control = "A nickname cannot contain control characters such as tabs or line breaks.";
     expectCases<std::string>(
         {
-            {"Ada", "Ada", ""},
             {"  Ada Lovelace  ", "Ada Lovelace", ""},
-            {std::string(32, 'x'), std::string(32, 'x'), ""},
-            // 32 characters of two bytes each are still 32 characters.
             {repeated("\xC3\xA9", 32), repeated("\xC3\xA9", 32), ""},
-            {repeated("\xC3\xA9", 33), "", tooLong},
             {std::string(33, 'x'), "", tooLong},
-            {"", "", "Enter a nickname."},
             {" \t ", "", "Enter a nickname."},
-            {"Ada\tL", "", control},
             {"Ada\nL", "", control},
-            {std::string("Ada\x7F"), "", control},
         },
         &checkNickname);
 }
@@ -158,34 +120,16 @@ TEST(OptionsInput, LibraryFolderTextIsAFullWindowsPathWithNamesWindowsAccepts) {
     // What is checked of a good path: the path kept is the text without its surrounding blanks.
     expectCases<bool>(
         {
-            {"C:\\Games", true, ""},
-            {"d:/Corvandell/Games/", true, ""},
             {"  E:\\Spiele\\Bibliothek  ", true, ""},
             {"\\\\nas\\games\\corvandell", true, ""},
-            {"C:\\", true, ""},
-            {"C:\\Games\\Con Games", true, ""},
             {"C:\\Games\\console", true, ""},
-            {"C:\\Games\\com0", true, ""},
             {"", false, "Choose a library folder."},
-            {"Games", false, notFull},
-            {"\\Games", false, notFull},
             {"C:Games", false, notFull},
-            {"/home/user/Games", false, notFull},
             {"\\\\nas", false, noShare},
-            {"\\\\\\share", false, noShare},
-            {"C:\\Ga?mes", false, badCharacter},
-            {"C:\\Games\\a|b", false, badCharacter},
             {"C:\\Games\\x:y", false, badCharacter},
-            {"C:\\Games\\\"quoted\"", false, badCharacter},
-            {"C:\\Games\\tab\there", false, badCharacter},
-            {"C:\\Games \\More", false, badEnd},
             {"C:\\Games\\More.", false, badEnd},
             {"C:\\Games\\..\\Other", false, dots},
-            {"C:\\.\\Games", false, dots},
-            {"C:\\Games\\CON", false, device("CON")},
             {"C:\\Games\\nul.txt", false, device("nul.txt")},
-            {"C:\\Games\\com1", false, device("com1")},
-            {"C:\\Games\\LPT9\\x", false, device("LPT9")},
         },
         [](std::string_view text) {
             const CheckedInput<std::filesystem::path> checked = checkLibraryFolderText(text);

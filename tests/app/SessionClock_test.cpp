@@ -1,5 +1,4 @@
-// The overlay's session clock: hours are never wrapped, and a tick before the launch (a
-// wrong or foreign tick) reads as no time rather than as a huge one.
+// Hours never wrap, and a tick before the launch reads as no time rather than a huge one.
 #include "app/SessionClock.hpp"
 
 #include <gtest/gtest.h>
@@ -17,13 +16,8 @@ TEST(SessionClock, ElapsedTimeReadsAsHoursMinutesAndSeconds) {
         std::uint64_t nowTick;
         std::string text;
     } cases[] = {
-        {1000, 1000, "Session time 0:00:00"},
         {1000, 1999, "Session time 0:00:00"}, // whole seconds only, never rounded up
-        {1000, 2000, "Session time 0:00:01"},
-        {0, 59'999, "Session time 0:00:59"},
-        {0, 60'000, "Session time 0:01:00"},
         {0, kHourMs - 1, "Session time 0:59:59"},
-        {0, kHourMs + 62'000, "Session time 1:01:02"},
         {500, 500 + 100 * kHourMs + 3'599'000, "Session time 100:59:59"},
         {5000, 4000, "Session time 0:00:00"},
         {UINT64_MAX - 1000, UINT64_MAX, "Session time 0:00:01"},

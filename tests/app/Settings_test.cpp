@@ -1,5 +1,4 @@
-// settings.json through real files: the exact writer layout, the crash-safe replacement,
-// round trips of awkward values, and files damaged the way crashes and editors damage them.
+// settings.json through real files, including files damaged as crashes and editors damage them.
 #include "app/SettingsFile.hpp"
 
 #include "support/TempFolder.hpp"

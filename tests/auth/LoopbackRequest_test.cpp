@@ -17,21 +17,14 @@ TEST(LoopbackRequest, JudgesWhatHasArrivedSoFar) {
         std::string target;
     } cases[] = {
         {"nothing yet", "", State::NeedMore, ""},
-        {"part of the method", "GE", State::NeedMore, ""},
-        {"part of the line", "GET /x HT", State::NeedMore, ""},
         {"line without headers end", "GET /x HTTP/1.1\r\nHost: a\r\n", State::NeedMore, ""},
         {"a browser's request", browser, State::Complete, "/deliver?access_token=a"},
-        {"no headers at all", "GET / HTTP/1.0\r\n\r\n", State::Complete, "/"},
         {"a body after the head is ignored", "GET /a HTTP/1.1\r\n\r\nrest", State::Complete, "/a"},
         {"another method", "POST / HTTP/1.1\r\n\r\n", State::Malformed, ""},
         {"another method shows early", "PUT", State::Malformed, ""},
-        {"lower-case method", "get / HTTP/1.1\r\n\r\n", State::Malformed, ""},
         {"binary noise", std::string("\x16\x03\x01\x02\x00", 5), State::Malformed, ""},
         {"target not absolute", "GET x HTTP/1.1\r\n\r\n", State::Malformed, ""},
-        {"empty target", "GET  HTTP/1.1\r\n\r\n", State::Malformed, ""},
-        {"no version", "GET /\r\n\r\n", State::Malformed, ""},
         {"wrong version", "GET / HTTP/2.0\r\n\r\n", State::Malformed, ""},
-        {"trailing text after the version", "GET / HTTP/1.1 x\r\n\r\n", State::Malformed, ""},
         {"control byte in the target", std::string("GET /a\x01 HTTP/1.1\r\n\r\n"), State::Malformed, ""},
         {"a bad line is judged before the head ends", "GET nope HTTP/1.1\r\nHost: a", State::Malformed, ""},
     };

@@ -1,5 +1,4 @@
-// The key sign-in's three steps against a scripted service: what is signed, what is sent
-// back, and the text each failure leaves for the status line.
+// Each failing step leaves its own text for the status line.
 #include "auth/SignInSteps.hpp"
 
 #include "support/ScriptedService.hpp"

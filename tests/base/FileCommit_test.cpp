@@ -19,11 +19,7 @@ TEST(FileCommit, RemovesOnlyTheTargetsOwnLeftoverTemporaries) {
     const std::vector<std::string> kept = {
         ".library.json.tmp-0123456789abcdef",  // another target's: its own load cleans it
         ".settings.json.tmp-FEDCBA9876543210", // not a name we write
-        ".settings.json.tmp-0123456789abcde",
-        ".settings.json.tmp-0123456789abcdef0",
-        "settings.json.tmp-0123456789abcdef",
-        ".settings.json.tmp-0123456789abcdeg",
-        "settings.json",
+        ".settings.json.tmp-0123456789abcdef0", ".settings.json.tmp-0123456789abcdeg",
         "settings.json.bad-20261125T031500Z",
     };
     for (const std::string& name : leftovers) {

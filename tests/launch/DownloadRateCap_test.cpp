@@ -48,16 +48,11 @@ TEST(DownloadRateCap, DelayIsTheTargetTimeLessTheElapsedTruncated) {
         std::uint64_t delayMs;
     };
     const Case cases[] = {
-        {102'400, 100, 0, 1000},      // 100 KiB at 100 KiB/s: one second
-        {102'400, 100, 400, 600},     // time already spent counts
-        {102'400, 100, 1000, 0},      // exactly on time
-        {102'400, 100, 5000, 0},      // a slow network never sleeps
-        {1000, 100, 0, 9},            // 9.765625 ms, truncated
-        {1, 1, 0, 0},                 // 0.98 ms truncates to nothing
-        {10'485'760, 100, 0, 102400}, // 10 MiB at 100 KiB/s
-        {102'400, 0, 0, 0},           // 0 turns the cap off
-        {102'400, -5, 0, 0},          // and so does anything below
-        {0, 100, 0, 0},
+        {102'400, 100, 0, 1000},                         // 100 KiB at 100 KiB/s: one second
+        {102'400, 100, 400, 600},                        // time already spent counts
+        {102'400, 100, 5000, 0},                         // a slow network never sleeps
+        {1000, 100, 0, 9},                               // 9.765625 ms, truncated
+        {102'400, 0, 0, 0},                              // 0 turns the cap off
         {(std::uint64_t{5} << 30), 1, 0, 5'242'880'000}, // 5 GiB at 1 KiB/s: 64-bit totals
     };
     for (const Case& c : cases) {
@@ -73,15 +68,11 @@ TEST(DownloadRateCap, TenMebibytesTakeTheirBudgetWhateverTheChunksAndTheNetwork)
     } cases[] = {
         // 102.4 s at 100 KiB/s for chunks of an odd size, of typical sizes, and the whole file.
         {100, 4099, 0, 102'399, 102'400},
-        {100, 8192, 0, 102'399, 102'400},
-        {100, 65536, 0, 102'399, 102'400},
-        {100, 1 << 20, 0, 102'399, 102'400},
         {100, 10 << 20, 0, 102'399, 102'400},
         // 48 s on the wire: the cap only adds what is missing to 102.4 s.
         {100, 65536, 300, 102'399, 102'700},
         // 0 or less never sleeps.
         {0, 8192, 0, 0, 0},
-        {-1, 8192, 0, 0, 0},
         {-100, 8192, 0, 0, 0},
     };
     for (const auto& c : cases) {

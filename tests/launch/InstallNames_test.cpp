@@ -17,25 +17,17 @@ TEST(InstallNames, TitleFolderNamesAreSafeWindowsFolderNames) {
         std::string folder;
     };
     const Case cases[] = {
-        {"Thistle & Thorn", "id", "Thistle & Thorn"},
         {"What? <Now>/\\|*\"", "id", "What Now"},   // forbidden characters: blanks, runs of them one
         {"Tab\there\r\nnow", "id", "Tab here now"}, // control characters too
-        {"  Padded  ", "id", "Padded"},             // ends trimmed
         {"End . . .", "id", "End"},                 // Windows drops trailing dots and blanks
-        {".hidden", "id", ".hidden"},               // a leading dot is fine
         {"CON", "id", "CON_"},                      // device names
         {"Nul.txt", "id", "Nul_.txt"},              // also with a suffix
         {"aux .save", "id", "aux_ .save"},          // blanks before the dot are ignored by Windows
-        {"lpt9", "id", "lpt9_"},
-        {"COM\xC2\xB9", "id", "COM\xC2\xB9_"}, // superscript one
-        {"CONIN$", "id", "CONIN$_"},
-        {"COM10", "id", "COM10"},                  // not a device
-        {"Über Straße", "id", "Über Straße"},      // UTF-8 kept
-        {"???", "2860dc9d-ab01", "2860dc9d-ab01"}, // nothing left: the fallback
-        {"", "a/b?", "a b"},                       // which is repaired the same way
-        {"", "../..", "Game"},                     // dots alone trim away
-        {"...", "", "Game"},                       // and when that is empty too
-        {"", "PRN", "PRN_"},
+        {"COM\xC2\xB9", "id", "COM\xC2\xB9_"},      // superscript one
+        {"COM10", "id", "COM10"},                   // not a device
+        {"???", "2860dc9d-ab01", "2860dc9d-ab01"},  // nothing left: the fallback
+        {"", "a/b?", "a b"},                        // which is repaired the same way
+        {"", "../..", "Game"},                      // dots alone trim away
     };
     for (const Case& c : cases) {
         EXPECT_EQ(titleFolderName(c.title, c.fallback), c.folder) << c.title;
@@ -62,9 +54,7 @@ TEST(InstallNames, LongTitlesAreCutAtACharacterBoundary) {
 TEST(InstallNames, AssetNamesBecomeFilesInsideTheFolderOrAreRefused) {
     const std::string longest(kMaxAssetComponentBytes, 'x');
     const std::pair<std::string, std::string> kept[] = {{"game.exe", "game.exe.bin"},
-                                                        {"bin/game.exe", "bin/game.exe.bin"},
                                                         {"bin\\data\\pak0", "bin/data/pak0.bin"},
-                                                        {"Über", "Über.bin"},
                                                         {"..hidden", "..hidden.bin"},
                                                         {longest, longest + ".bin"}};
     for (const auto& [asset, file] : kept) {
@@ -77,21 +67,16 @@ TEST(InstallNames, AssetNamesBecomeFilesInsideTheFolderOrAreRefused) {
             EXPECT_EQ(assetFileName(asset), std::nullopt) << asset;
         }
     };
-    expectRefused({"", "..", ".", "..\\evil", "bin/../../evil", "bin/./x", "/etc/passwd",
-                   "\\Windows\\system.ini", "\\\\server\\share\\x", "C:\\Windows\\evil.exe", "C:evil",
-                   "file:stream"});
-    expectRefused({"bin//x", "bin/", "CON", "bin/nul.dat", "lpt1", "trailing.", "trailing ", "what?", "star*",
-                   "a<b", "pipe|", "quote\"", "line\nbreak"});
+    expectRefused({"", "..", "bin/../../evil", "bin/./x", "/etc/passwd", "\\\\server\\share\\x", "C:evil",
+                   "file:stream", "bin//x", "bin/nul.dat", "trailing.", "what?", "line\nbreak"});
     expectRefused({std::string("nul\0byte", 8), longest + "x"});
 }
 
 TEST(InstallNames, DeviceNamesAreRecognisedWhateverFollowsTheDot) {
-    for (const char* name : {"CON", "con", "Con.txt", "PRN.tar.gz", "AUX", "NUL  .x", "COM0", "COM9", "LPT0",
-                             "lpt5.log", "COM\xC2\xB2", "LPT\xC2\xB3.x", "conout$"}) {
+    for (const char* name : {"con", "PRN.tar.gz", "NUL  .x", "COM0", "LPT\xC2\xB3.x", "conout$"}) {
         EXPECT_TRUE(isReservedDeviceName(name)) << name;
     }
-    for (const char* name :
-         {"CONX", "xCON", "COM", "COM10", "LPT", "LPTa", "CO N", "NULL", "COM\xC2\xB4", " CON", ""}) {
+    for (const char* name : {"CONX", "COM", "COM10", "LPTa", "COM\xC2\xB4", " CON"}) {
         EXPECT_FALSE(isReservedDeviceName(name)) << name;
     }
 }

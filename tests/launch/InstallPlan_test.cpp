@@ -69,9 +69,10 @@ TEST(InstallPlan, TheExecutableIsTheFirstAssetNamedExe) {
         std::optional<std::size_t> index;
     };
     const Case cases[] = {
-        {{"ember-keep-build"}, std::nullopt},        {{"core", "data"}, std::nullopt},
-        {{"readme.txt", "Game.EXE", "tool.exe"}, 1}, {{"bin/game.exe"}, 0},
-        {{"game.exe.sig", "game.exe"}, 1},           {{}, std::nullopt},
+        {{"core", "data"}, std::nullopt},
+        {{"readme.txt", "Game.EXE", "tool.exe"}, 1},
+        {{"bin/game.exe"}, 0},
+        {{"game.exe.sig", "game.exe"}, 1},
     };
     for (const Case& c : cases) {
         std::vector<DownloadAsset> assets;

@@ -16,9 +16,7 @@ TEST(LaunchKey, AKeyWithoutAColonIsACatalogueTitleAndAnyOtherSplitsAtTheFirstCol
         {"6f1c2a5e-0d1b-4f2e-9c55-1a2b3c4d5e6f", false, "6f1c2a5e-0d1b-4f2e-9c55-1a2b3c4d5e6f", "", ""},
         {"steam:440", true, "", "steam", "440"},
         {"epic:Finch:Lantern", true, "", "epic", "Finch:Lantern"},
-        {"github:", true, "", "github", ""},
         {":x", true, "", "", "x"},
-        {"", false, "", "", ""},
     };
     for (const auto& [key, isExternal, softwareId, provider, externalId] : cases) {
         const LaunchKey split = splitLaunchKey(key);

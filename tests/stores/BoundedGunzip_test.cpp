@@ -1,5 +1,4 @@
-// The receipt reader's cap on inflated content, against hand-built streams whose trailers
-// lie about their size.
+// Hand-built streams whose trailers lie about their size.
 #include "stores/BoundedGunzip.hpp"
 
 #include "support/DeflateBomb.hpp"

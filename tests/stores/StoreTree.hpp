@@ -1,5 +1,4 @@
-// A store's files and registry values over a real folder tree for the scanner tests, with
-// paths written as the stores write them, and the checks the tests make on a scan.
+// A store's files and registry values over a real folder tree, and the checks made on a scan.
 #pragma once
 
 #include "base/Environment.hpp"

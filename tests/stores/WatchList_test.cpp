@@ -1,5 +1,3 @@
-// The folders the store watcher waits on, built from the environment, the drive roots and
-// the registry as the main window builds them.
 #include "stores/WatchList.hpp"
 
 #include "stores/StoreTree.hpp"

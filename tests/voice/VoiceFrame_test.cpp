@@ -22,9 +22,7 @@ TEST(VoiceFrame, TheSenderHeaderIsStrippedAndNothingIsLeftOfAHeaderAlone) {
         std::size_t messageBytes;
         std::size_t pcmBytes;
     } cases[] = {
-        {0, 0},  {1, 0},  {15, 0},         {16, 0}, // the header or less: nothing to play
-        {17, 0},                                    // one byte is no whole sample
-        {18, 2}, {19, 2}, {16 + 640, 640}, {8192, 8176},
+        {0, 0}, {16, 0}, {17, 0}, {19, 2}, {16 + 640, 640}, // a header alone or half a sample: nothing
     };
     for (const auto& [messageBytes, pcmBytes] : cases) {
         const std::vector<std::uint8_t> message = bytesCounting(messageBytes);
@@ -52,9 +50,7 @@ TEST(VoiceFrame, VolumeScalesLittleEndianSamplesAndClipsAtFullScale) {
         std::vector<std::uint8_t> in;
         std::vector<std::uint8_t> out;
     } cases[] = {
-        {100, samples({1000, -1000, 32767, -32768}), samples({1000, -1000, 32767, -32768})},
         {50, samples({1000, -1000, 3, -3}), samples({500, -500, 1, -1})},
-        {0, samples({1000, -32768}), samples({0, 0})},
         {200, samples({1000, 20000, -20000}), samples({2000, 32767, -32768})},
         {500, samples({1000}), samples({2000})},      // clamped to 200 %
         {-20, samples({1000}), samples({0})},         // clamped to 0 %

