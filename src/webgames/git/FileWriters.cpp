@@ -3,19 +3,30 @@
 #include "base/FileWrite.hpp"
 #include "base/Utf8Path.hpp"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace corvandell::git {
 
 FileWriters::FileWriters(std::size_t threadCount, std::uint64_t maxWaitingBytes)
     : maxWaitingBytes_(maxWaitingBytes) {
+    threadCount = std::max<std::size_t>(threadCount, 1); // with none, a full queue would never drain
     threads_.reserve(threadCount);
-    for (std::size_t i = 0; i < threadCount; ++i) {
-        threads_.emplace_back([this] { run(); });
+    try {
+        for (std::size_t i = 0; i < threadCount; ++i) {
+            threads_.emplace_back([this] { run(); });
+        }
+    } catch (...) {
+        stop(); // a joinable thread left to its destructor would end the program
+        throw;
     }
 }
 
 FileWriters::~FileWriters() {
+    stop();
+}
+
+void FileWriters::stop() {
     {
         const std::lock_guard lock(mutex_);
         isStopping_ = true;
@@ -25,6 +36,7 @@ FileWriters::~FileWriters() {
     for (std::thread& thread : threads_) {
         thread.join();
     }
+    threads_.clear();
 }
 
 void FileWriters::throw_failure_locked() {

@@ -40,6 +40,7 @@ private:
     };
 
     void run();
+    void stop();
     void throw_failure_locked();
 
     const std::uint64_t maxWaitingBytes_;
