@@ -204,22 +204,15 @@ TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticR
         SendMessageW(w_->hwnd(), WM_COMMAND, MAKEWPARAM(command::GameOptions, 0), 0);
         return FindWindowW(WebGameOptionsDialog::kClassName, nullptr);
     };
-    const auto entries = [](HWND list) {
-        std::vector<std::wstring> texts;
-        for (LRESULT i = 0; i < SendMessageW(list, CB_GETCOUNT, 0, 0); ++i) {
-            std::wstring text(static_cast<size_t>(SendMessageW(list, CB_GETLBTEXTLEN, i, 0)) + 1, L'\0');
-            text.resize(static_cast<size_t>(
-                SendMessageW(list, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text.data()))));
-            texts.push_back(text);
-        }
-        return texts;
+    const auto indexOf = [](HWND list, const std::wstring& entry) {
+        return SendMessageW(list, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                            reinterpret_cast<LPARAM>(entry.c_str()));
     };
     const auto choose = [&](HWND dialog, const std::wstring& entry) {
         HWND list = GetDlgItem(dialog, WebGameOptionsDialog::kBrowserList);
-        const auto texts = entries(list);
-        const auto found = std::find(texts.begin(), texts.end(), entry);
-        ASSERT_NE(found, texts.end());
-        SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(found - texts.begin()), 0);
+        const LRESULT index = indexOf(list, entry);
+        ASSERT_NE(index, CB_ERR) << narrow(entry);
+        SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
     };
     const fs::path settingsFile = w_.paths.dataFolder / "settings.json";
 
@@ -252,7 +245,8 @@ TEST_F(MainWindowWebGameTest, TheOptionsDialogSavesTheChosenBrowserAndAutomaticR
     // Opened again it shows the choice; Automatic takes it away.
     dialog = openDialog();
     HWND list = GetDlgItem(dialog, WebGameOptionsDialog::kBrowserList);
-    EXPECT_EQ(entries(list)[static_cast<size_t>(SendMessageW(list, CB_GETCURSEL, 0, 0))], L"Fake Fox");
+    EXPECT_NE(SendMessageW(list, CB_GETCURSEL, 0, 0), CB_ERR);
+    EXPECT_EQ(SendMessageW(list, CB_GETCURSEL, 0, 0), indexOf(list, L"Fake Fox"));
     choose(dialog, L"Automatic (Microsoft Edge or Google Chrome)");
     SendMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
     EXPECT_TRUE(w_->settings().webGameBrowsers.empty());
