@@ -10,15 +10,13 @@
 #include "app/win/Messages.hpp"
 #include "base/win/WideText.hpp"
 #include "launch/SessionJournal.hpp"
-#include "support/TempFolder.hpp"
-#include "support/win/ClientUnderTest.hpp"
+#include "support/win/ClientFolders.hpp"
 #include "support/win/MainWindowUnderTest.hpp"
 #include "support/win/TestGames.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -47,23 +45,6 @@ private:
     std::optional<std::wstring> old_;
 };
 
-std::vector<std::string> sessionCallsSince(size_t before) {
-    std::vector<std::string> calls = test::requestsSince(before);
-    std::erase_if(calls, [](const std::string& call) { return !call.starts_with("POST /api/v1/activity/"); });
-    return calls;
-}
-
-bool waitFor(const std::function<bool()>& done, DWORD timeoutMs) {
-    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
-    while (!done()) {
-        if (GetTickCount64() >= deadline) {
-            return false;
-        }
-        Sleep(50);
-    }
-    return true;
-}
-
 // Walks the list with the keyboard, as a user would, until the details pane shows the title.
 bool selectRowTitled(HWND window, const std::wstring& title) {
     HWND list = GetDlgItem(window, command::List);
@@ -72,7 +53,7 @@ bool selectRowTitled(HWND window, const std::wstring& title) {
         const WPARAM key = press == 0 ? VK_HOME : VK_DOWN;
         PostMessageW(list, WM_KEYDOWN, key, 0);
         PostMessageW(list, WM_KEYUP, key, 0xC0000001);
-        if (waitFor([&] { return test::windowTextOf(details).starts_with(title); }, 150)) {
+        if (test::waitUntil([&] { return test::windowTextOf(details).starts_with(title); }, 150)) {
             return true;
         }
     }
@@ -80,9 +61,8 @@ bool selectRowTitled(HWND window, const std::wstring& title) {
 }
 
 TEST(ClientLaunchTest, AClientKilledDuringAGameFollowsItAgainWhenRestartedAndReportsOneSession) {
-    test::TempFolder folder;
-    const fs::path appData = folder.path() / "Roaming";
-    const fs::path localAppData = folder.path() / "Local";
+    const test::ClientFolders user;
+    const test::TempFolder& folder = user.temp();
     const fs::path game = folder.path() / "Games" / "Kiln";
     test::placeTestGame(game, L"Kiln.exe");
     const std::string appName = "kiln" + std::to_string(GetCurrentProcessId());
@@ -94,13 +74,13 @@ TEST(ClientLaunchTest, AClientKilledDuringAGameFollowsItAgainWhenRestartedAndRep
     Settings settings = signedInSettings("kiln-" + std::to_string(GetCurrentProcessId()));
     settings.refreshToken.clear();
     settings.overlayHintShown = true;
-    folder.writeFile("Roaming/Corvandell/settings.json", formatSettings(settings));
+    user.writeDataFile("settings.json", formatSettings(settings));
     const size_t before = receivedRequests().size();
 
     std::string sessionId;
     {
-        test::ClientUnderTest client(appData, localAppData, folder.path());
-        HWND window = client.waitForWindow(30000);
+        const auto client = user.start();
+        HWND window = client->waitForWindow(30000);
         ASSERT_NE(window, nullptr);
         ASSERT_TRUE(test::waitForStatusLine(window, L"Library refreshed.", 30000));
         ASSERT_TRUE(selectRowTitled(window, L"Kiln Test"));
@@ -108,35 +88,33 @@ TEST(ClientLaunchTest, AClientKilledDuringAGameFollowsItAgainWhenRestartedAndRep
         ASSERT_TRUE(test::waitForStatusLine(window, L"Kiln Test is running.", 20000))
             << narrow(test::statusLineOf(window));
         // The session is journalled once the service has opened it.
-        const fs::path journal = appData / "Corvandell" / "session.json";
-        ASSERT_TRUE(waitFor([&] { return loadSessionJournal(journal).has_value(); }, 10000));
+        const fs::path journal = user.dataFolder() / "session.json";
+        ASSERT_TRUE(test::waitUntil([&] { return loadSessionJournal(journal).has_value(); }, 10000));
         sessionId = loadSessionJournal(journal)->launchId;
-        client.kill();
+        client->kill();
     }
     const std::vector<DWORD> running = test::processesUnder(game);
     ASSERT_EQ(running.size(), 1u) << "the game did not outlive the client";
-    EXPECT_EQ(sessionCallsSince(before), std::vector<std::string>{"POST /api/v1/activity/external-launches"});
+    EXPECT_EQ(test::sessionCallsSince(before),
+              std::vector<std::string>{"POST /api/v1/activity/external-launches"});
 
-    test::ClientUnderTest client(appData, localAppData, folder.path());
-    HWND window = client.waitForWindow(30000);
+    const auto client = user.start();
+    HWND window = client->waitForWindow(30000);
     ASSERT_NE(window, nullptr);
     // The list, not the status line: the game followed again may speak after the library.
-    ASSERT_TRUE(waitFor(
+    ASSERT_TRUE(test::waitUntil(
         [&] { return SendMessageW(GetDlgItem(window, command::List), LVM_GETITEMCOUNT, 0, 0) > 0; }, 30000));
     Sleep(500);
-    EXPECT_EQ(sessionCallsSince(before).size(), 1u) << "the session was closed although its game runs";
+    EXPECT_EQ(test::sessionCallsSince(before).size(), 1u) << "the session was closed although its game runs";
     PostMessageW(test::testGameWindowOf(running[0]), WM_CLOSE, 0, 0);
     ASSERT_TRUE(test::waitForStatusLine(window, L"Kiln Test exited.", 20000))
         << narrow(test::statusLineOf(window));
-    ASSERT_TRUE(waitFor([&] { return sessionCallsSince(before).size() >= 2; }, 10000));
-    EXPECT_EQ(sessionCallsSince(before),
+    ASSERT_TRUE(test::waitUntil([&] { return test::sessionCallsSince(before).size() >= 2; }, 10000));
+    EXPECT_EQ(test::sessionCallsSince(before),
               (std::vector<std::string>{"POST /api/v1/activity/external-launches",
                                         "POST /api/v1/activity/external-launches/" + sessionId + "/end"}));
-    EXPECT_FALSE(fs::exists(appData / "Corvandell" / "session.json"));
-
-    ASSERT_TRUE(test::chooseExitFromTrayMenu(window, client.processId()));
-    EXPECT_EQ(client.waitForExit(20000), 0u);
-    test::endProcessesUnder(game);
+    EXPECT_FALSE(fs::exists(user.dataFolder() / "session.json"));
+    test::exitFromTrayMenu(*client, window);
 }
 
 } // namespace

@@ -6,33 +6,23 @@
 #include "app/SettingsFile.hpp"
 #include "app/win/Messages.hpp"
 #include "base/win/WideText.hpp"
-#include "support/TempFolder.hpp"
-#include "support/win/ClientUnderTest.hpp"
+#include "support/win/ClientFolders.hpp"
 #include "support/win/ServiceStandIn.hpp"
 #include "webgames/win/AddGameDialog.hpp"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 namespace corvandell::win {
 namespace {
 
-bool waitFor(const std::function<bool()>& done, DWORD timeoutMs) {
-    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
-    while (!done() && GetTickCount64() < deadline) {
-        Sleep(20);
-    }
-    return done();
-}
-
 TEST(ClientRepositoryHostTest, TheSwitchesReplaceTheHostTheAddGameDialogNames) {
-    test::TempFolder folder;
+    const test::ClientFolders user;
     Settings settings = signedInSettings("demo");
     settings.refreshToken.clear();
-    folder.writeFile("Roaming/Corvandell/settings.json", formatSettings(settings));
-    test::ClientUnderTest client(folder.path() / "Roaming", folder.path() / "Local", folder.path(), -1, {},
+    user.writeDataFile("settings.json", formatSettings(settings));
+    test::ClientUnderTest client(user.appData(), user.localAppData(), user.temp().path(), -1, {},
                                  L"--repository-host=http://127.0.0.1:9/ --pages-domain=pages.test");
     ASSERT_TRUE(client.isStarted()) << "error " << GetLastError();
     HWND window = client.waitForWindow(30000);
@@ -41,7 +31,7 @@ TEST(ClientRepositoryHostTest, TheSwitchesReplaceTheHostTheAddGameDialogNames) {
 
     PostMessageW(window, WM_COMMAND, MAKEWPARAM(command::AddGame, 0), 0);
     HWND dialog = nullptr;
-    ASSERT_TRUE(waitFor(
+    ASSERT_TRUE(test::waitUntil(
         [&] {
             dialog = FindWindowW(L"CorvandellAddGame", L"Add GitHub Browser Game");
             return dialog != nullptr;
@@ -56,13 +46,12 @@ TEST(ClientRepositoryHostTest, TheSwitchesReplaceTheHostTheAddGameDialogNames) {
     const std::wstring expected =
         L"That doesn't look like a 127.0.0.1:9 repository or a *.pages.test Pages URL.";
     HWND status = GetDlgItem(dialog, addgame::Status);
-    EXPECT_TRUE(waitFor([&] { return test::windowTextOf(status) == expected; }, 10000))
+    EXPECT_TRUE(test::waitUntil([&] { return test::windowTextOf(status) == expected; }, 10000))
         << narrow(test::windowTextOf(status));
 
     PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(addgame::Cancel, BN_CLICKED), 0);
-    EXPECT_TRUE(waitFor([&] { return !IsWindow(dialog) && IsWindowEnabled(window); }, 10000));
-    ASSERT_TRUE(test::chooseExitFromTrayMenu(window, client.processId())) << "no tray menu opened";
-    EXPECT_EQ(client.waitForExit(20000), 0u);
+    EXPECT_TRUE(test::waitUntil([&] { return !IsWindow(dialog) && IsWindowEnabled(window); }, 10000));
+    test::exitFromTrayMenu(client, window);
 }
 
 } // namespace

@@ -3,13 +3,10 @@
 // controls out again for the new size.
 #include <windows.h>
 
-#include "app/Skins.hpp"
-#include "app/win/MainWindow.hpp"
 #include "social/win/FriendsWindow.hpp"
 #include "social/win/SocialIds.hpp"
 #include "support/ScriptedService.hpp"
-#include "support/TempFolder.hpp"
-#include "support/win/MessagePump.hpp"
+#include "support/win/MainWindowUnderTest.hpp"
 
 #include <gtest/gtest.h>
 
@@ -36,18 +33,12 @@ bool operator==(const RECT& a, const RECT& b) {
 }
 
 TEST(DpiChange, TheMainWindowTakesTheSuggestedRectangleAndLaysItselfOutAgain) {
-    applyTheme(builtInSkins()[0]);
-    const test::TempFolder folder;
-    MainWindowJobs jobs;
-    jobs.makeRefresh = [](const std::string&) -> std::function<LibraryResult()> {
-        return [] { return LibraryResult{.succeeded = true}; };
-    };
-    jobs.api = std::make_shared<test::ScriptedService>();
-    const DataPaths paths{folder.path() / "data", folder.path() / "games"};
-    MainWindow window(GetModuleHandleW(nullptr), paths, defaultSettings(paths.defaultLibraryFolder),
-                      settingsFileIn(paths.dataFolder), std::move(jobs));
-    ASSERT_TRUE(window.create(SW_SHOWNORMAL));
-    test::pumpUntil([&] { return window.statusText() == L"Library refreshed."; }, 5000);
+    test::MainWindowUnderTest w;
+    w.answerRefreshes(LibraryResult{.succeeded = true});
+    w.jobs.api = std::make_shared<test::ScriptedService>();
+    ASSERT_TRUE(w.open(SW_SHOWNORMAL));
+    MainWindow& window = *w.window;
+    w.waitForStatus(L"Library refreshed.", 5000);
 
     const RECT suggested{40, 30, 40 + 1000, 30 + 700};
     SendMessageW(window.hwnd(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&suggested));

@@ -1,20 +1,15 @@
-// Installing service titles through the main window, the whole way against the stand-in:
-// real grants and signed links for the seeded titles (one sent with a Content-Length, one
-// chunked), scripted grants and files for what the seed never does (hostile names, downloads
-// that break off, a paced download, a build with a real program in it), the status line,
-// library.json and the refresh after it.
+// Installing service titles through the main window against the stand-in: real grants and
+// signed links for the seeded titles (one sent with a Content-Length, one chunked), scripted
+// ones for what the seed never does (hostile names, downloads that break off or are stopped).
 #include <windows.h>
 
 #include "api/JsonText.hpp"
 #include "app/LibraryCache.hpp"
 #include "app/LibraryMerge.hpp"
 #include "base/Utf8Path.hpp"
-#include "launch/DownloadRateCap.hpp"
 #include "launch/InstalledBuild.hpp"
 #include "support/ScriptedService.hpp"
-#include "support/win/ChildProcess.hpp"
 #include "support/win/MainWindowUnderTest.hpp"
-#include "support/win/TestGames.hpp"
 
 #include <gtest/gtest.h>
 
@@ -81,7 +76,7 @@ protected:
     test::MainWindowUnderTest w_;
 };
 
-TEST_F(MainWindowInstallTest, InstallsSeededBuildsWithAndWithoutALengthAndTheRefreshShowsThemInstalled) {
+TEST_F(MainWindowInstallTest, InstallsSeededBuildsOneAtATimeWithAndWithoutALengthAndTheRefreshShowsThem) {
     open();
     struct Case {
         const char* name;
@@ -106,6 +101,8 @@ TEST_F(MainWindowInstallTest, InstallsSeededBuildsWithAndWithoutALengthAndTheRef
         EXPECT_FALSE(w_.row(c.name).isInstalled());
         w_.status->clear();
         w_.pressAction();
+        w_.pressAction(); // before the first has had any chance to finish: nothing is pumped between
+        EXPECT_TRUE(w_.sawStatus(widen(c.name) + L" is already being installed.")) << w_.statusTexts();
         ASSERT_TRUE(waitForInstalled(c.name)) << w_.statusTexts();
         ++installed;
 
@@ -133,90 +130,26 @@ TEST_F(MainWindowInstallTest, InstallsSeededBuildsWithAndWithoutALengthAndTheRef
         const LibraryRecord& record = records.back();
         const fs::path folder = games() / c.name;
         EXPECT_EQ(record.titleId, c.titleId);
-        EXPECT_EQ(record.name, c.name);
         EXPECT_EQ(record.installPath, pathToUtf8(folder));
-        EXPECT_EQ(record.executablePath, ""); // the seeded builds are archives, not programs
-        EXPECT_GT(record.installedAtUnix, 1'700'000'000);
         EXPECT_EQ(readInstalledBuild(folder), (InstalledBuild{c.titleId, c.version}));
 
-        // Every file and nothing partial, each as long as the service says; the archives are whole zips.
         std::vector<std::string> expected = c.files;
         expected.push_back(kInstalledBuildFileName);
         std::sort(expected.begin(), expected.end());
-        EXPECT_EQ(filesUnder(folder), expected);
-        const std::string granted =
-            ProbeClient(&w_.settings)
-                .request("POST", "/api/v1/software/" + std::string(c.titleId) + "/download", "");
-        if (c.isLengthSent) {
-            EXPECT_EQ(fs::file_size(folder / "asset.bin"), readInt64(granted, "sizeBytes", -1));
-        } else {
-            for (const std::string& item : readObjectList(granted, "items")) {
-                EXPECT_EQ(fs::file_size(folder / pathFromUtf8(readString(item, "assetId") + ".bin")),
-                          readInt64(item, "sizeBytes", -1));
-            }
-        }
-        const std::string archive = test::readTestFile(folder / c.files.back());
-        EXPECT_EQ(archive.substr(0, 4), "PK\x03\x04");
-        EXPECT_NE(archive.rfind("PK\x05\x06"), std::string::npos);
+        EXPECT_EQ(filesUnder(folder), expected) << "a file missing, or a partial one left";
 
         // After the refresh: installed and current, so Launch rather than Update.
         ASSERT_TRUE(w_.waitForStatus(L"Library refreshed."));
         EXPECT_EQ(w_->cellText(w_.rowOf(c.name), 1), L"Installed");
-        EXPECT_EQ(w_.row(c.name).installedVersion(), w_.row(c.name).latestVersion);
-        EXPECT_FALSE(w_.row(c.name).latestVersion.empty());
-        EXPECT_EQ(actionFor(w_.row(c.name)), RowAction::Launch);
         w_.select(c.name);
         EXPECT_EQ(w_.actionLabel(), L"Launch");
     }
-}
-
-// A build with a real program in it, installed, launched from its row, followed to its end
-// and its session opened and closed with the service. The program keeps its ".bin": Windows
-// runs a program by its contents.
-TEST_F(MainWindowInstallTest, AnInstalledProgramIsRecordedAndLaunchesFromItsRowWithItsSession) {
-    struct EndGames {
-        fs::path folder;
-        ~EndGames() { test::endProcessesUnder(folder); }
-    } endGames{w_.folder.path()};
-    open();
-    const std::string program = test::readTestFile(test::siblingExecutable(L"corvandell-test-game.exe"));
-    ASSERT_FALSE(program.empty());
-    scriptNextReply(kEmberDownload, 200,
-                    grantOf({{"readme.txt", fileUrl("readme")}, {"bin/Ember.exe", fileUrl("ember")}}));
-    scriptFileReply("/files/readme", "Read me.", FileTransfer::WithLength);
-    scriptFileReply("/files/ember", program, FileTransfer::Chunked);
-    press("Ember Keep");
-    ASSERT_TRUE(waitForInstalled("Ember Keep")) << w_.statusTexts();
-    ASSERT_TRUE(w_.waitForStatus(L"Library refreshed."));
-    const fs::path executable = games() / "Ember Keep" / "bin" / "Ember.exe.bin";
-    EXPECT_EQ(w_.row("Ember Keep").install->executablePath, pathToUtf8(executable));
-    EXPECT_EQ(test::readTestFile(executable), program);
-
-    const std::size_t callsBefore = receivedRequests().size();
-    press("Ember Keep");
-    ASSERT_TRUE(test::pumpUntil([&] { return w_->trackedGame().state == 2; }, 20'000))
-        << narrow(w_->statusText());
-    EXPECT_EQ(w_->statusText(), L"Ember Keep is running. Shift+Tab opens the Corvandell overlay.");
-    ASSERT_EQ(test::processesUnder(games()).size(), 1u);
+    // Once done, a title may be installed again (asked for directly: the row offers Launch).
     w_.select("Ember Keep");
-    EXPECT_EQ(w_.actionLabel(), L"Stop");
-    w_.pressAction();
-    ASSERT_TRUE(test::pumpUntil([&] { return w_->trackedGame().state == 0; }, 20'000))
-        << narrow(w_->statusText());
-    EXPECT_TRUE(test::processesUnder(games()).empty());
-
-    std::vector<std::string> sessionCalls;
-    ASSERT_TRUE(test::pumpUntil(
-        [&] {
-            sessionCalls = test::requestsSince(callsBefore);
-            std::erase_if(sessionCalls,
-                          [](const std::string& call) { return call.find("/launch") == std::string::npos; });
-            return sessionCalls.size() == 2;
-        },
-        20'000));
-    EXPECT_EQ(sessionCalls[0], std::string("POST /api/v1/software/") + kEmberKeep + "/launch");
-    EXPECT_TRUE(sessionCalls[1].starts_with("POST /api/v1/activity/launches/")) << sessionCalls[1];
-    EXPECT_TRUE(sessionCalls[1].ends_with("/end")) << sessionCalls[1];
+    w_.status->clear();
+    w_->installSelected();
+    EXPECT_EQ(w_.status->texts().front(), L"Preparing download...");
+    EXPECT_TRUE(w_.waitForSawStatus(L"Library refreshed."));
 }
 
 // A grant refused for any of its files (hostile names are ruled on by the asset-name table
@@ -245,10 +178,7 @@ TEST_F(MainWindowInstallTest, FailedInstallsSayWhyAndLeaveEverythingAsItWas) {
     } cases[] = {
         {"Ember Keep", "{\"items\":[]}", Second::NotFetched,
          L"Install failed: No downloadable assets returned by API."},
-        {"Starfall Courier", grantOf({{"x", ""}}), Second::NotFetched,
-         L"Install failed: No downloadable assets returned by API."},
         {"Starfall Courier", grantOf({{"..\\..\\evil", never}}), Second::NotFetched, unsafe("..\\..\\evil")},
-        {"Ember Keep", grantOf({{"ok", never}, {"nul.txt", never}}), Second::NotFetched, unsafe("nul.txt")},
         {"Starfall Courier", grantOf({{"Data", never}, {"data", never}}), Second::NotFetched,
          L"Install failed: The service named the file \"data\" twice."},
         {"Ember Keep", twoFiles, Second::CutShort,
@@ -292,34 +222,6 @@ TEST_F(MainWindowInstallTest, FailedInstallsSayWhyAndLeaveEverythingAsItWas) {
     }
 }
 
-TEST_F(MainWindowInstallTest, OneInstallPerTitleAtATime) {
-    open();
-    press("Ember Keep");
-    w_.pressAction(); // before the first has had any chance to finish: nothing is pumped between
-    EXPECT_TRUE(w_.sawStatus(L"Ember Keep is already being installed.")) << w_.statusTexts();
-    ASSERT_TRUE(waitForInstalled("Ember Keep"));
-    // Once it is done, the title may be installed again (the row now offers Launch, so the
-    // install is asked for directly).
-    w_.status->clear();
-    w_->installSelected();
-    EXPECT_EQ(w_.status->texts().front(), L"Preparing download...");
-    EXPECT_TRUE(w_.waitForSawStatus(L"Library refreshed."));
-}
-
-TEST_F(MainWindowInstallTest, TheCapMakesADownloadTakeAtLeastTheComputedTime) {
-    const int limitKbps = 4;
-    open(limitKbps);
-    const std::string data(12 * 1024, 'c');
-    scriptNextReply(kEmberDownload, 200, grantOf({{"paced", fileUrl("paced")}}));
-    scriptFileReply("/files/paced", data, FileTransfer::WithLength);
-    const ULONGLONG start = GetTickCount64();
-    press("Ember Keep");
-    ASSERT_TRUE(waitForInstalled("Ember Keep")) << w_.statusTexts();
-    // 12 KiB at 4 KiB/s: three seconds at least (a tick's worth of slack for the clock).
-    EXPECT_GE(GetTickCount64() - start + 16, rateCapDelayMs(data.size(), limitKbps, 0));
-    EXPECT_EQ(fs::file_size(games() / "Ember Keep" / "paced.bin"), data.size());
-}
-
 TEST_F(MainWindowInstallTest, ClosingTheClientStopsACappedDownloadAtOnceAndInstallsNothing) {
     open(1); // 1 KiB/s: the file below would take over a minute
     scriptNextReply(kEmberDownload, 200, grantOf({{"slow", fileUrl("slow")}}));
@@ -334,8 +236,8 @@ TEST_F(MainWindowInstallTest, ClosingTheClientStopsACappedDownloadAtOnceAndInsta
     EXPECT_EQ(filesUnder(games()), std::vector<std::string>{}) << "the partial file was left";
 }
 
-// Rows the client never downloads: Steam's, another store's, hosted browser games, and a
-// repository game whose address is not on the repository host.
+// Rows the client never downloads: another store's, and a repository game whose address is
+// not on the repository host.
 TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
     w_.jobs.api = std::make_shared<test::ScriptedService>(); // any service call would fail the test's texts
     const auto detected = [](const char* store, const char* storeName, const char* id, const char* title) {
@@ -347,16 +249,9 @@ TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
         game.externalId = id;
         return game;
     };
-    DetectedGame steam = detected("steam", "Steam", "10", "Moss Valley");
-    steam.steamAppId = "10";
     LibraryResult result{.succeeded = true};
-    result.steamRows = {rowFromDetectedGame(steam)};
     result.storeRows = {rowFromDetectedGame(detected("epic", "Epic Games", "e1", "Cave Run"))};
-    result.browserGames = {// Hosted on loopback, so the site icon the list asks for never leaves the machine.
-                           {"g1", "https://github.com/chen-plays/pixel-garden", "chen-plays", "pixel-garden",
-                            "Pixel Garden", "https://127.0.0.1:9/pixel-garden/", true, "chen"},
-                           // Not on the repository host, so there is nothing to clone it from.
-                           {"g2", "https://gitlab.com/alice-codes/tiny-tower", "alice-codes", "tiny-tower",
+    result.browserGames = {{"g2", "https://gitlab.com/alice-codes/tiny-tower", "alice-codes", "tiny-tower",
                             "Tiny Tower", "index.html", true, "alice"}};
     w_.answerRefreshes(result);
     open();
@@ -364,9 +259,7 @@ TEST_F(MainWindowInstallTest, RowsOfOtherInstallersAreExplainedNotDownloaded) {
         const char* name;
         std::vector<std::wstring> status; // empty: nothing is said and nothing starts
     } cases[] = {
-        {"Moss Valley", {L"This game is installed and updated by Steam."}},
         {"Cave Run", {L"This game is installed and updated by Epic Games."}},
-        {"Pixel Garden", {L"This game runs from the web - nothing to install. Just press Launch."}},
         {"Tiny Tower", {L"This game has an invalid repository URL."}},
     };
     for (const auto& c : cases) {

@@ -5,8 +5,6 @@
 
 #include <commctrl.h>
 
-#include "launch/SessionJournal.hpp"
-#include "launch/win/ProcessSearch.hpp"
 #include "support/win/ClientUnderTest.hpp"
 #include "support/win/MainWindowUnderTest.hpp"
 #include "support/win/TestGames.hpp"
@@ -82,14 +80,7 @@ protected:
     bool waitForState(int state, DWORD timeoutMs = 15000) {
         return test::pumpUntil([&] { return w_->trackedGame().state == state; }, timeoutMs);
     }
-    // The session calls the stand-in received during this test, in order.
-    std::vector<std::string> sessionCalls() const {
-        std::vector<std::string> calls = test::requestsSince(callsBefore_);
-        std::erase_if(calls, [](const std::string& call) {
-            return !call.starts_with("POST /api/v1/activity/") && call.find("/launch") == std::string::npos;
-        });
-        return calls;
-    }
+    std::vector<std::string> sessionCalls() const { return test::sessionCallsSince(callsBefore_); }
     bool waitForSessionCalls(size_t count) {
         return test::pumpUntil([&] { return sessionCalls().size() >= count; }, 10000);
     }
@@ -109,7 +100,7 @@ struct LaunchCase {
     bool isStartedByStore;    // through the store's command line: no executable is known
     bool isFollowedByFolder;  // the launcher hands the game off, so it is found under its folder
     bool isStoppedFromWindow; // the Stop button; otherwise the game closes itself
-    ULONGLONG minStopMs, maxStopMs, minMsToRunning;
+    ULONGLONG minStopMs, maxStopMs;
 };
 
 void PrintTo(const LaunchCase& c, std::ostream* out) {
@@ -140,10 +131,8 @@ TEST_P(LaunchCases, TheGameIsFollowedToItsLastProcessWithOneSession) {
         EXPECT_EQ(w_->statusText(), L"Launching " + title + L"...");
         EXPECT_EQ(w_->cellText(0, 1), L"Launching...");
     }
-    const ULONGLONG launched = GetTickCount64();
 
-    // Running once any launcher has ended and only the game is left (with its window), followed
-    // itself when it was found by its folder.
+    // Running once any launcher has ended and only the game is left (with its window).
     DWORD gameId = 0;
     ASSERT_TRUE(test::pumpUntil(
         [&] {
@@ -155,7 +144,6 @@ TEST_P(LaunchCases, TheGameIsFollowedToItsLastProcessWithOneSession) {
         },
         25000))
         << w_.statusTexts();
-    EXPECT_GE(GetTickCount64() - launched, c.minMsToRunning);
     if (c.isFollowedByFolder) {
         EXPECT_TRUE(w_.sawStatus(L"Following " + title + L".exe (process " + std::to_wstring(gameId) +
                                  L") for " + title + L"."))
@@ -207,17 +195,14 @@ INSTANTIATE_TEST_SUITE_P(
     MainWindowLaunch, LaunchCases,
     ::testing::Values(
         // A launcher that starts the game in the job and ends: the game still holds the session.
-        LaunchCase{"Lantern", "", "", false, false, false, 0, 15000, 0},
-        // Stopped from the window: a game that closes politely is not forced...
-        LaunchCase{"Moth", "", nullptr, false, false, true, 0, 3000, 0},
-        // ...one that ignores WM_CLOSE is terminated after about four seconds...
-        LaunchCase{"Stubborn", "--ignore-close", nullptr, false, false, true, 3500, 9000, 0},
-        // ...and one that never takes input is shown running after ten seconds all the same.
-        LaunchCase{"Sleeper", "--no-idle-ms 60000", nullptr, false, false, true, 0, 15000, 9500},
+        LaunchCase{"Lantern", "", "", false, false, false, 0, 15000},
+        // Stop on a game that ignores WM_CLOSE terminates it after about four seconds.
+        LaunchCase{"Stubborn", "--ignore-close", nullptr, false, false, true, 3500, 9000},
         // Games out of the job, found under their folder and stopped through their process: one
-        // a launcher broke away from the job, and one the store's own command line started.
-        LaunchCase{"Harbor", "--ignore-close", "--breakaway ", false, true, true, 3500, 9000, 0},
-        LaunchCase{"Valor", "", "", true, true, true, 0, 3000, 0}),
+        // a launcher broke away from the job, and one (closing politely, so not forced) the
+        // store's own command line started.
+        LaunchCase{"Harbor", "--ignore-close", "--breakaway ", false, true, true, 3500, 9000},
+        LaunchCase{"Valor", "", "", true, true, true, 0, 3000}),
     [](const ::testing::TestParamInfo<LaunchCase>& tested) { return std::string(tested.param.title); });
 
 TEST_F(MainWindowLaunchTest, ASecondLaunchEndsTheFirstSessionAndFollowsOnlyTheSecondGame) {
@@ -237,14 +222,7 @@ TEST_F(MainWindowLaunchTest, ASecondLaunchEndsTheFirstSessionAndFollowsOnlyTheSe
     auto calls = sessionCalls();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), kStartCall), 2);
     EXPECT_EQ(std::count_if(calls.begin(), calls.end(), isEndCall), 1);
-    // Forgetting the first game never ends it: it is the player's.
-    EXPECT_TRUE(isRunning(firstId));
-
-    // The first game's end no longer concerns the window.
-    test::endProcessesUnder(first);
-    test::pumpUntil([] { return false; }, 1000);
-    EXPECT_EQ(w_->trackedGame().key, "itch:Second");
-    EXPECT_EQ(w_->trackedGame().state, 2);
+    EXPECT_TRUE(isRunning(firstId)) << "forgetting a game never ends it";
 
     w_.pressAction(); // the second row is still selected
     ASSERT_TRUE(waitForState(0));
@@ -263,8 +241,7 @@ TEST_F(MainWindowLaunchTest, ASessionTheServiceOpensAfterItsGameHasEndedIsClosed
     ASSERT_TRUE(waitForState(0));
     ASSERT_TRUE(waitForSessionCalls(2));
 
-    // Real sessions whose answers arrive late: for the launch just ended (its token, nothing
-    // tracked any more) and for an earlier launch (an old token).
+    // Sessions whose answers arrive late: for the launch just ended, and for an earlier one.
     ProbeClient probe(&w_.settings);
     for (const std::uint32_t token : {1u, 0u}) {
         const std::string id = probe.startExternalLaunch("itch", "Brief", "Brief").launchId;
@@ -284,19 +261,17 @@ TEST_F(MainWindowLaunchTest, ASessionTheServiceOpensAfterItsGameHasEndedIsClosed
     }
 }
 
+// The hint is a message box on this thread; another thread reads and answers it.
 TEST_F(MainWindowLaunchTest, TheFirstLaunchShowsTheOverlayHintOnceAndTellsTheService) {
     w_.settings.overlayHintShown = false;
     openWith({storeRow("Hint", test::placeTestGame(w_.folder.path() / "Hint", L"Hint.exe"))});
-    // The hint is a message box on this thread; another thread reads and answers it.
     std::atomic<int> boxes{0};
-    std::wstring title;
     std::wstring text;
     std::atomic<bool> isDone{false};
     std::thread answerer([&] {
         for (; !isDone; Sleep(20)) {
             HWND box = FindWindowW(L"#32770", nullptr);
             if (box != nullptr && IsWindowVisible(box)) {
-                title = test::windowTextOf(box);
                 text = test::messageBoxText(box);
                 ++boxes;
                 PostMessageW(box, WM_COMMAND, IDOK, 0);
@@ -304,55 +279,20 @@ TEST_F(MainWindowLaunchTest, TheFirstLaunchShowsTheOverlayHintOnceAndTellsTheSer
             }
         }
     });
-    launch("itch:Hint");
-    EXPECT_EQ(w_->statusText(), L"Preparing launch...");
-    EXPECT_TRUE(waitForState(2, 20000));
+    for (int launchNumber = 0; launchNumber < 2; ++launchNumber) {
+        launch("itch:Hint");
+        EXPECT_TRUE(waitForState(2, 20000));
+        w_.pressAction();
+        EXPECT_TRUE(waitForState(0));
+    }
+    isDone = true;
+    answerer.join();
     EXPECT_EQ(boxes, 1);
-    EXPECT_EQ(title, L"Corvandell");
     EXPECT_EQ(text, L"Note that pressing Shift+Tab will bring up the in-game overlay.");
-    EXPECT_TRUE(w_->settings().overlayHintShown);
     ProbeClient probe(&w_.settings);
     EXPECT_TRUE(test::pumpUntil(
         [&] { return probe.getProfileMetadata().find("\"overlayHintShown\":true") != std::string::npos; },
         10000));
-
-    // Later launches go straight ahead.
-    w_.pressAction();
-    ASSERT_TRUE(waitForState(0));
-    launch("itch:Hint");
-    EXPECT_TRUE(waitForState(2));
-    EXPECT_EQ(boxes, 1);
-    isDone = true;
-    answerer.join();
-}
-
-// The journal a client left when it died during a game, read once the game is gone: its
-// process id may even be in use again. (Followed again while it runs: ClientLaunch_test.)
-TEST_F(MainWindowLaunchTest, ASessionLeftByTheLastRunWhoseGameIsGoneIsClosedAtOnce) {
-    const fs::path executable = test::placeTestGame(w_.folder.path() / "Ember", L"Ember.exe");
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION created{};
-    std::wstring commandLine = L"\"" + executable.wstring() + L"\"";
-    ASSERT_TRUE(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                               &startup, &created));
-    const UniqueKernelHandle process(created.hProcess);
-    CloseHandle(created.hThread);
-    TerminateProcess(process.get(), 0);
-    ASSERT_EQ(WaitForSingleObject(process.get(), 10000), WAIT_OBJECT_0);
-    const std::string id = ProbeClient(&w_.settings).startExternalLaunch("itch", "Ember", "Ember").launchId;
-    const fs::path journal = sessionJournalIn(w_.paths.dataFolder);
-    fs::create_directories(journal.parent_path());
-    saveSessionJournal(journal,
-                       SessionJournalRecord{id, true, created.dwProcessId, processCreationTime(process.get()),
-                                            "itch:Ember", "Ember"});
-    callsBefore_ = receivedRequests().size();
-
-    openWith({storeRow("Ember", executable)});
-    EXPECT_EQ(w_->trackedGame().state, 0);
-    ASSERT_TRUE(waitForSessionCalls(1));
-    EXPECT_EQ(sessionCalls(), std::vector<std::string>{kEndCall + id + "/end"});
-    EXPECT_FALSE(fs::exists(journal));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-// Background job results: a producer that throws is still reported, and one posted to a
-// window that is gone is freed by the worker.
+// Background job results: a producer that throws anything is still reported, and a result
+// posted to a window that is gone is freed by the worker. (An exception's own text in the
+// status line: MainWindow_test.)
 #include <windows.h>
 
 #include "app/win/UiJob.hpp"
@@ -7,11 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace corvandell::win {
 namespace {
@@ -64,31 +62,16 @@ private:
     HWND hwnd_;
 };
 
-TEST(UiJob, AProducerThatThrowsStillReportsItsFailure) {
-    struct Case {
-        std::function<TextResult()> producer;
-        bool succeeded;
-        std::string errorText;
-    };
-    const std::vector<Case> cases = {
-        {[] {
-             return TextResult{true, "rows", ""};
-         },
-         true, ""},
-        {[]() -> TextResult { throw std::runtime_error("HTTP request failed"); }, false,
-         "Refresh failed: HTTP request failed"},
-        {[]() -> TextResult { throw 42; }, false, "Refresh failed: unexpected error"},
-    };
+TEST(UiJob, AProducerThatThrowsWhatIsNoExceptionStillReportsItsFailure) {
     const MessageWindow window;
     ASSERT_NE(window.get(), nullptr);
     UiJobThreads threads;
-    for (const Case& c : cases) {
-        threads.start<TextResult>(window.get(), kResultMessage, c.producer, "Refresh failed: ");
-        const auto result = window.takeResult<TextResult>(5000);
-        ASSERT_NE(result, nullptr) << c.errorText << ": nothing was reported";
-        EXPECT_EQ(result->succeeded, c.succeeded);
-        EXPECT_EQ(result->errorText, c.errorText);
-    }
+    threads.start<TextResult>(
+        window.get(), kResultMessage, []() -> TextResult { throw 42; }, "Refresh failed: ");
+    const auto result = window.takeResult<TextResult>(5000);
+    ASSERT_NE(result, nullptr) << "nothing was reported";
+    EXPECT_FALSE(result->succeeded);
+    EXPECT_EQ(result->errorText, "Refresh failed: unexpected error");
 }
 
 TEST(UiJob, ResultForAWindowThatIsGoneIsFreedByTheWorker) {

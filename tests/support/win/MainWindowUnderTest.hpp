@@ -16,10 +16,13 @@
 #include "support/win/ServiceStandIn.hpp"
 #include "support/win/StatusRecorder.hpp"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace corvandell::test {
@@ -42,15 +45,28 @@ public:
         jobs.makeRefresh = [result](const std::string&) { return [result] { return result; }; };
     }
 
-    bool open(int showCommand = SW_HIDE) {
+    // Fails with why: whether the window was refused or destroyed while it was being
+    // created, and CreateWindowExW's error, which create() returns on with untouched.
+    ::testing::AssertionResult open(int showCommand = SW_HIDE) {
         std::filesystem::create_directories(paths.dataFolder);
         window = std::make_unique<win::MainWindow>(GetModuleHandleW(nullptr), paths, settings,
                                                    settingsFileIn(paths.dataFolder), std::move(jobs));
+        const ULONGLONG start = GetTickCount64();
+        const CreationWatch watch;
         if (!window->create(showCommand)) {
-            return false;
+            const DWORD error = GetLastError();
+            WNDCLASSEXW registered{};
+            registered.cbSize = sizeof(registered);
+            const bool isRegistered =
+                GetClassInfoExW(GetModuleHandleW(nullptr), kMainClass, &registered) != FALSE;
+            return ::testing::AssertionFailure()
+                   << "MainWindow::create failed after " << GetTickCount64() - start
+                   << " ms: CreateWindowExW error " << error << ", window class "
+                   << (isRegistered ? "registered" : "not registered") << ", " << watch.story() << ", "
+                   << windowsOfThisThread() << " other windows on this thread";
         }
         status = std::make_unique<StatusTexts>(window->control(win::control::Status));
-        return true;
+        return ::testing::AssertionSuccess();
     }
 
     win::MainWindow* operator->() const { return window.get(); }
@@ -90,6 +106,74 @@ public:
     }
     std::wstring actionLabel() const { return win::hwndText(window->control(win::command::Launch)); }
 
+private:
+    static constexpr wchar_t kMainClass[] = L"CorvandellClientWindow";
+
+    // What happened to main windows made on this thread while it lives, seen by a CBT hook:
+    // refused by a hook or the class, or made and destroyed again before create() returned.
+    class CreationWatch {
+    public:
+        CreationWatch() {
+            current() = this;
+            hook_ = SetWindowsHookExW(WH_CBT, &CreationWatch::procedure, nullptr, GetCurrentThreadId());
+            hookError_ = hook_ == nullptr ? GetLastError() : 0;
+        }
+        ~CreationWatch() {
+            UnhookWindowsHookEx(hook_);
+            current() = nullptr;
+        }
+        CreationWatch(const CreationWatch&) = delete;
+        CreationWatch& operator=(const CreationWatch&) = delete;
+
+        std::string story() const {
+            if (hook_ == nullptr) {
+                return "no CBT hook (error " + std::to_string(hookError_) + ")";
+            }
+            return std::to_string(created_) + " main window(s) began creation, " +
+                   std::to_string(destroyed_) + " destroyed during create()";
+        }
+
+    private:
+        static CreationWatch*& current() {
+            thread_local CreationWatch* watch = nullptr;
+            return watch;
+        }
+        static LRESULT CALLBACK procedure(int code, WPARAM wParam, LPARAM lParam) {
+            CreationWatch* self = current();
+            if (self != nullptr && code == HCBT_CREATEWND) {
+                const auto* create = reinterpret_cast<const CBT_CREATEWNDW*>(lParam)->lpcs;
+                if (!IS_INTRESOURCE(create->lpszClass) &&
+                    std::wstring_view(create->lpszClass) == kMainClass) {
+                    ++self->created_;
+                    self->window_ = reinterpret_cast<HWND>(wParam);
+                }
+            } else if (self != nullptr && code == HCBT_DESTROYWND &&
+                       reinterpret_cast<HWND>(wParam) == self->window_) {
+                ++self->destroyed_;
+            }
+            return CallNextHookEx(nullptr, code, wParam, lParam);
+        }
+
+        HHOOK hook_ = nullptr;
+        DWORD hookError_ = 0;
+        HWND window_ = nullptr;
+        int created_ = 0;
+        int destroyed_ = 0;
+    };
+
+    static int windowsOfThisThread() {
+        int count = 0;
+        EnumThreadWindows(
+            GetCurrentThreadId(),
+            [](HWND, LPARAM counted) {
+                ++*reinterpret_cast<int*>(counted);
+                return TRUE;
+            },
+            reinterpret_cast<LPARAM>(&count));
+        return count;
+    }
+
+public:
     TempFolder folder;
     DataPaths paths{folder.path() / "data", folder.path() / "games"};
     Settings settings = defaultSettings(paths.defaultLibraryFolder);
@@ -102,6 +186,15 @@ public:
 inline std::vector<std::string> requestsSince(size_t before) {
     std::vector<std::string> calls = win::receivedRequests();
     calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(std::min(before, calls.size())));
+    return calls;
+}
+
+// The session calls (opened, ended; a title's launch) among them, in order.
+inline std::vector<std::string> sessionCallsSince(size_t before) {
+    std::vector<std::string> calls = requestsSince(before);
+    std::erase_if(calls, [](const std::string& call) {
+        return !call.starts_with("POST /api/v1/activity/") && call.find("/launch") == std::string::npos;
+    });
     return calls;
 }
 

@@ -8,13 +8,15 @@
 
 namespace corvandell::test {
 
-// Pumps until `done` is true or `timeoutMs` passes; returns `done()`.
-inline bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs) {
+// Pumps until `done` is true or `timeoutMs` passes; returns `done()`. Each message is offered
+// to `handled` first when it is given, as a window's own loop would (accelerators, dialog keys).
+inline bool pumpUntil(const std::function<bool()>& done, DWORD timeoutMs,
+                      const std::function<bool(MSG&)>& handled = nullptr) {
     const ULONGLONG end = GetTickCount64() + timeoutMs;
     for (;;) {
         MSG message{};
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message != WM_QUIT) {
+            if (message.message != WM_QUIT && !(handled && handled(message))) {
                 TranslateMessage(&message);
                 DispatchMessageW(&message);
             }
