@@ -10,6 +10,7 @@
 #include "support/win/MessagePump.hpp"
 #include "support/win/ServiceStandIn.hpp"
 #include "support/win/SocialUsers.hpp"
+#include "support/win/TonePlayer.hpp"
 #include "voice/VoiceFormat.hpp"
 #include "voice/win/VoiceChannel.hpp"
 #include "voice/win/WaveDevices.hpp"
@@ -23,7 +24,6 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
-#include <numbers>
 #include <numeric>
 #include <span>
 #include <string>
@@ -37,12 +37,6 @@ namespace {
 constexpr UINT kVoiceEndMessage = WM_APP + 5;
 constexpr double kToneHz = 731.37;
 constexpr int kLoudPeak = 4000;
-
-std::string deviceContaining(const std::vector<std::string>& names, std::string_view part) {
-    const auto found = std::find_if(names.begin(), names.end(),
-                                    [&](const std::string& name) { return name.find(part) != name.npos; });
-    return found == names.end() ? std::string() : *found;
-}
 
 int peakOf(std::span<const std::uint8_t> pcm) {
     int peak = 0;
@@ -124,41 +118,6 @@ private:
     std::array<std::pair<WAVEHDR, std::vector<std::int16_t>>, 40> buffers_{};
 };
 
-// Plays 3 s of a tone on one device until destroyed; the pitch is not a whole number of
-// cycles per 20 ms block, so blocks differ in phase.
-class TonePlayer {
-public:
-    explicit TonePlayer(UINT device) : samples_(3 * voice::kSampleRate) {
-        for (std::size_t i = 0; i < samples_.size(); ++i) {
-            samples_[i] =
-                static_cast<std::int16_t>(12000.0 * std::sin(2.0 * std::numbers::pi * kToneHz *
-                                                             static_cast<double>(i) / voice::kSampleRate));
-        }
-        WAVEFORMATEX format = voiceWaveFormat();
-        if (waveOutOpen(&device_, device, &format, 0, 0, CALLBACK_NULL) != MMSYSERR_NOERROR) {
-            device_ = nullptr;
-            return;
-        }
-        header_.lpData = reinterpret_cast<LPSTR>(samples_.data());
-        header_.dwBufferLength = static_cast<DWORD>(samples_.size() * 2);
-        waveOutPrepareHeader(device_, &header_, sizeof(header_));
-        waveOutWrite(device_, &header_, sizeof(header_));
-    }
-    ~TonePlayer() {
-        if (device_ != nullptr) {
-            waveOutReset(device_);
-            waveOutUnprepareHeader(device_, &header_, sizeof(header_));
-            waveOutClose(device_);
-        }
-    }
-    bool isOpen() const { return device_ != nullptr; }
-
-private:
-    HWAVEOUT device_ = nullptr;
-    WAVEHDR header_{};
-    std::vector<std::int16_t> samples_;
-};
-
 class VoiceChannelTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -193,16 +152,17 @@ protected:
 TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSideSendsNothing) {
     const std::vector<std::string> inputs = waveInDeviceNames();
     const std::vector<std::string> outputs = waveOutDeviceNames();
-    const std::string annMicrophone = deviceContaining(inputs, "CorvA");
-    const std::string quietMicrophone = deviceContaining(inputs, "CorvQuiet");
-    const std::string benRecording = deviceContaining(inputs, "CorvB");
+    const std::string annMicrophone = test::deviceContaining(inputs, "CorvA");
+    const std::string quietMicrophone = test::deviceContaining(inputs, "CorvQuiet");
+    const std::string benRecording = test::deviceContaining(inputs, "CorvB");
     ASSERT_FALSE(annMicrophone.empty() || quietMicrophone.empty() || benRecording.empty())
         << "no PulseAudio null sinks: is the pulse fixture running? " << inputs.size() << " inputs";
 
     // Ann speaks into CorvA and hears on CorvQuiet; Ben is muted and hears on CorvB.
     const VoiceChannelOptions annOptions =
-        optionsOf(ann_, annMicrophone, deviceContaining(outputs, "CorvQuiet"));
-    VoiceChannelOptions benOptions = optionsOf(ben_, quietMicrophone, deviceContaining(outputs, "CorvB"));
+        optionsOf(ann_, annMicrophone, test::deviceContaining(outputs, "CorvQuiet"));
+    VoiceChannelOptions benOptions =
+        optionsOf(ben_, quietMicrophone, test::deviceContaining(outputs, "CorvB"));
     benOptions.startsMuted = true;
 
     test::PostBox annBox;
@@ -226,7 +186,8 @@ TEST_F(VoiceChannelTest, AToneIntoOneSideComesOutOfTheOtherAtItsPitchAndAMutedSi
     Recorder recorder(waveInDeviceNamed(benRecording));
     ASSERT_TRUE(recorder.isOpen());
     {
-        TonePlayer player(waveOutDeviceNamed(deviceContaining(outputs, "CorvA")));
+        // Not a whole number of cycles per 20 ms block, so blocks differ in phase.
+        test::TonePlayer player(waveOutDeviceNamed(test::deviceContaining(outputs, "CorvA")), kToneHz, 3.0);
         ASSERT_TRUE(player.isOpen());
         // A second of tone heard on Ben's side, then the rest of it.
         EXPECT_TRUE(test::pumpUntil([&] { return benLoudPlayed >= 50; }, 15000)) << benLoudPlayed;

@@ -1,10 +1,7 @@
 // Packs real git would never send (tests/support/make-crafted-packs.py), served over smart
-// HTTP on loopback and cloned by corvandell-clone.exe exactly as a user's clone runs. A
-// delta announcing 64 GiB, a header declaring 1 TiB and 2 GiB of compressed zeros are each
-// refused with the budget's text and exit code 1, while the process's peak working set,
-// as the system measured it, stays far below what any of them asks for; a pack missing a
-// blob is refused too, and none of them touches the old copy. A well-formed pack served
-// the same way clones, so the refusals are the packs' doing, not the server's.
+// HTTP on loopback and cloned by corvandell-clone.exe as a user's clone runs: each is refused
+// without the memory it asks for and without touching the old copy, while a well-formed pack
+// served the same way clones, so the refusals are the packs' doing, not the server's.
 #include "support/TempFolder.hpp"
 #include "support/win/ChildProcess.hpp"
 
