@@ -5,9 +5,10 @@
 // the checkout is planned in full (every object found, every limit met) first. Only then
 // is the destination emptied; removal never follows a link out of it.
 //
-// The pack is indexed rather than decoded into a set of contents: the plan reads trees and
-// the checkout reads each blob from the pack as it writes it, so beside the pack the clone
-// holds the index, a few delta bases and one file at a time.
+// The pack is received into a file and indexed there rather than decoded into a set of
+// contents: the plan reads trees and the checkout reads each blob from the file as it
+// writes it, so the clone holds the index, a read buffer, a few delta bases and the files
+// waiting for the writers, never the pack.
 #include "webgames/git/GitClone.hpp"
 
 #include "base/FolderRemoval.hpp"
@@ -20,9 +21,11 @@
 #include "webgames/git/PackSource.hpp"
 
 #include <algorithm>
+#include <fstream>
 #include <new>
 #include <stdexcept>
 #include <system_error>
+#include <vector>
 
 namespace corvandell::git {
 
@@ -54,15 +57,63 @@ void empty_folder(const std::filesystem::path& destination) {
     }
 }
 
-PackIndex index_reply(std::string_view pack, const ByteLimits& limits) {
-    PackInMemory bytes(pack);
+PackIndex index_reply(PackBytes& pack, const ByteLimits& limits) {
     PackError error = PackError::None;
-    auto index = index_pack(bytes, &error, limits);
+    auto index = index_pack(pack, &error, limits);
     if (!index) {
         throw std::runtime_error(error == PackError::TooLarge ? kTooLargeText
                                                               : "failed to decode the repository packfile");
     }
     return std::move(*index);
+}
+
+// The pack as it arrives, written through a megabyte of buffer to a file that goes when
+// the clone ends, whichever way it ends.
+class PackSpool {
+public:
+    explicit PackSpool(std::filesystem::path path) : path_(std::move(path)), buffer_(kBufferBytes) {
+        std::error_code ignored;
+        std::filesystem::create_directories(path_.parent_path(), ignored);
+        out_.rdbuf()->pubsetbuf(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+        out_.open(path_, std::ios::binary | std::ios::trunc);
+        check();
+    }
+    ~PackSpool() {
+        out_.close();
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+    }
+    PackSpool(const PackSpool&) = delete;
+    PackSpool& operator=(const PackSpool&) = delete;
+
+    void write(std::string_view data) {
+        out_.write(data.data(), static_cast<std::streamsize>(data.size()));
+        check();
+    }
+    const std::filesystem::path& close() {
+        out_.close();
+        check();
+        return path_;
+    }
+
+private:
+    static constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
+
+    void check() const {
+        if (!out_) {
+            throw std::runtime_error("cannot write " + pathToUtf8(path_));
+        }
+    }
+
+    std::filesystem::path path_;
+    std::vector<char> buffer_;
+    std::ofstream out_;
+};
+
+std::filesystem::path spool_path(const std::filesystem::path& destination) {
+    std::filesystem::path path = destination;
+    path += "~pack";
+    return path;
 }
 
 } // namespace
@@ -82,15 +133,20 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
         throw std::runtime_error("could not read the repository's default branch");
     }
     report(progress, L"Downloading game files...");
-    std::string response =
-        transport.request(path + L"/git-upload-pack", upload_pack_request(tip),
-                          L"application/x-git-upload-pack-request", L"application/x-git-upload-pack-result");
+    PackSpool spool(spool_path(destination));
+    PackReplyReader reply([&spool](std::string_view data) { spool.write(data); });
+    transport.request_streamed(
+        path + L"/git-upload-pack", upload_pack_request(tip), L"application/x-git-upload-pack-request",
+        L"application/x-git-upload-pack-result", [&reply](std::string_view piece) { reply.feed(piece); });
     report(progress, L"Unpacking...");
+    const std::uint64_t packSize = reply.finish();
+    PackFile pack(spool.close());
+    if (pack.size() != packSize) {
+        throw std::runtime_error("cannot read " + pathToUtf8(spool_path(destination)));
+    }
     const ByteLimits limits;
-    const std::string pack = pack_from_response(std::move(response));
     const PackIndex index = index_reply(pack, limits);
-    PackInMemory packBytes(pack);
-    PackObjectReader objects(packBytes, index);
+    PackObjectReader objects(pack, index);
     const auto commitEntry = index.find(lower_case(tip));
     if (!commitEntry) {
         throw std::runtime_error("packfile did not contain the branch tip");
@@ -104,7 +160,7 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
         throw std::runtime_error("could not find the root tree");
     }
     CheckoutLimits checkoutLimits;
-    checkoutLimits.maxBytes = limits.totalFor(pack.size());
+    checkoutLimits.maxBytes = limits.totalFor(packSize);
     const CheckoutPlan plan = plan_checkout(objects, rootTree, checkoutLimits);
     empty_folder(destination);
     write_checkout(plan, objects, destination);

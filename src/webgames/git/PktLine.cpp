@@ -25,7 +25,9 @@ int hex_digit_value(char digit) {
     return -1;
 }
 
-std::optional<std::size_t> read_length(std::string_view digits) {
+} // namespace
+
+std::optional<std::size_t> pkt_line_length(std::string_view digits) {
     std::size_t length = 0;
     for (const char digit : digits) {
         const int value = hex_digit_value(digit);
@@ -36,8 +38,6 @@ std::optional<std::size_t> read_length(std::string_view digits) {
     }
     return length;
 }
-
-} // namespace
 
 std::string pkt_line_encode(std::string_view payload, bool isFlush) {
     if (isFlush) {
@@ -57,7 +57,7 @@ std::string pkt_line_encode(std::string_view payload, bool isFlush) {
 std::optional<std::vector<PktLine>> pkt_line_read(std::string_view buffer, std::size_t& position) {
     std::vector<PktLine> lines;
     while (position <= buffer.size() && buffer.size() - position >= kLengthDigits) {
-        const auto length = read_length(buffer.substr(position, kLengthDigits));
+        const auto length = pkt_line_length(buffer.substr(position, kLengthDigits));
         if (!length) {
             return std::nullopt;
         }

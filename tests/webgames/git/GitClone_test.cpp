@@ -28,12 +28,22 @@ using test::tree_entry;
 struct ScriptedTransport : GitTransport {
     Exchange answers;
     std::vector<Request> requests;
+    std::size_t pieceBytes = 0; // a streamed reply arrives in pieces this long; 0: whole
 
     std::string request(const std::wstring& path, const std::string& body,
                         const std::optional<std::wstring>& type,
                         const std::optional<std::wstring>& accept) override {
         requests.emplace_back(path, body, type, accept);
         return requests.size() == 1 ? answers.first : answers.second;
+    }
+    void request_streamed(const std::wstring& path, const std::string& body,
+                          const std::optional<std::wstring>& type, const std::optional<std::wstring>& accept,
+                          const std::function<void(std::string_view)>& receive) override {
+        const std::string reply = request(path, body, type, accept);
+        const std::size_t step = pieceBytes == 0 ? reply.size() : pieceBytes;
+        for (std::size_t at = 0; at < reply.size(); at += step) {
+            receive(std::string_view(reply).substr(at, step));
+        }
     }
 };
 
@@ -208,15 +218,22 @@ TEST(GitClone, EachReplyShapeIsReadAndEachFailureHasItsText) {
         {serve(bomb), "too many files in the repository", old},
         {serve(copies, "", {bigPage}), "repository too large", old},
     };
-    for (const auto& [exchange, error, left] : cases) {
-        const test::TempFolder temp;
-        temp.writeFile("game/old.txt", "stale");
-        ScriptedTransport transport;
-        transport.answers = exchange;
-        EXPECT_EQ(
-            test::thrownText([&] { shallow_clone(transport, "o", "r", temp.path() / "game", nullptr); }),
-            error);
-        EXPECT_EQ(temp.entryNames("game"), left) << error;
+    // The reply whole, and cut into pieces that split every kind of record at every place:
+    // the answer must not depend on where the network cut it.
+    for (const std::size_t pieceBytes : {std::size_t{0}, std::size_t{1}, std::size_t{3}, std::size_t{4099}}) {
+        for (const auto& [exchange, error, left] : cases) {
+            const test::TempFolder temp;
+            temp.writeFile("game/old.txt", "stale");
+            ScriptedTransport transport;
+            transport.answers = exchange;
+            transport.pieceBytes = pieceBytes;
+            EXPECT_EQ(
+                test::thrownText([&] { shallow_clone(transport, "o", "r", temp.path() / "game", nullptr); }),
+                error)
+                << "pieces of " << pieceBytes;
+            EXPECT_EQ(temp.entryNames("game"), left) << error;
+            EXPECT_EQ(temp.entryNames(), Names{"game"}) << "the received pack is left behind";
+        }
     }
 }
 

@@ -20,8 +20,16 @@ public:
     std::string request(const std::wstring& path, const std::string& body,
                         const std::optional<std::wstring>& contentType,
                         const std::optional<std::wstring>& accept) override;
+    void request_streamed(const std::wstring& path, const std::string& body,
+                          const std::optional<std::wstring>& contentType,
+                          const std::optional<std::wstring>& accept,
+                          const std::function<void(std::string_view)>& receive) override;
 
 private:
+    struct Exchange;
+    Exchange send(const std::wstring& path, const std::string& body,
+                  const std::optional<std::wstring>& contentType, const std::optional<std::wstring>& accept);
+
     SplitUrl host_;
 };
 
