@@ -330,30 +330,41 @@ public:
     UploadPackTransport(fs::path repository, fs::path scratch)
         : repository_(std::move(repository)), scratch_(std::move(scratch)) {}
 
-    std::string request(const std::wstring&, const std::string& body, const std::optional<std::wstring>&,
-                        const std::optional<std::wstring>&) override {
+    std::string request(const std::wstring& path, const std::string& body,
+                        const std::optional<std::wstring>& contentType,
+                        const std::optional<std::wstring>& accept) override {
+        std::string output;
+        request_streamed(path, body, contentType, accept,
+                         [&output](std::string_view piece) { output.append(piece); });
+        return output;
+    }
+    // As WinHTTP hands the client the reply: piece by piece, never whole.
+    void request_streamed(const std::wstring&, const std::string& body, const std::optional<std::wstring>&,
+                          const std::optional<std::wstring>&,
+                          const std::function<void(std::string_view)>& receive) override {
         if (body.empty()) {
-            return pkt_line_encode("# service=git-upload-pack\n") + "0000" +
-                   output_of("git upload-pack --stateless-rpc --advertise-refs " + quoted(repository_));
+            receive(pkt_line_encode("# service=git-upload-pack\n") + "0000");
+            stream_output("git upload-pack --stateless-rpc --advertise-refs " + quoted(repository_), receive);
+            return;
         }
         const fs::path request = scratch_ / "upload-pack-request";
         std::ofstream(request, std::ios::binary)
             .write(body.data(), static_cast<std::streamsize>(body.size()));
-        return output_of("git upload-pack --stateless-rpc " + quoted(repository_) + " <" + quoted(request));
+        stream_output("git upload-pack --stateless-rpc " + quoted(repository_) + " <" + quoted(request),
+                      receive);
     }
 
 private:
-    static std::string output_of(const std::string& command) {
+    static void stream_output(const std::string& command,
+                              const std::function<void(std::string_view)>& receive) {
         FILE* pipe = popen(command.c_str(), "r");
-        std::string output;
         char chunk[1 << 16];
         for (std::size_t count; pipe != nullptr && (count = std::fread(chunk, 1, sizeof chunk, pipe)) > 0;) {
-            output.append(chunk, count);
+            receive(std::string_view(chunk, count));
         }
         if (pipe == nullptr || pclose(pipe) != 0) {
             throw std::runtime_error("failed: " + command);
         }
-        return output;
     }
 
     fs::path repository_;
