@@ -18,7 +18,8 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: corvandell-clone OWNER REPO DEST [--host URL] [--peak-memory]\n"
-    "  Clones the tip of OWNER/REPO's default branch into DEST (emptied first).\n"
+    "  Clones the tip of OWNER/REPO's default branch into DEST (emptied first). The pack is\n"
+    "  received into DEST~pack beside it, which is removed when the clone ends.\n"
     "  --host         base address of the repository host (default " CORVANDELL_GIT_HOST_URL ")\n"
     "  --peak-memory  print the process's peak working set once the clone has ended\n";
 
