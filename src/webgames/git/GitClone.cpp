@@ -33,6 +33,9 @@ namespace {
 
 constexpr std::size_t kObjectNameDigits = 40;
 constexpr char kTooLargeText[] = "repository too large";
+// A browser game's whole pack is far below this; a server sending more is stopped before
+// it fills the disk, as the pack once held in memory was stopped by running out of it.
+constexpr std::uint64_t kMostPackBytes = std::uint64_t{2} << 30;
 
 void report(const CloneProgress& progress, const wchar_t* text) {
     if (progress) {
@@ -134,7 +137,14 @@ void shallow_clone(GitTransport& transport, const std::string& owner, const std:
     }
     report(progress, L"Downloading game files...");
     PackSpool spool(spool_path(destination));
-    PackReplyReader reply([&spool](std::string_view data) { spool.write(data); });
+    std::uint64_t received = 0;
+    PackReplyReader reply([&spool, &received](std::string_view data) {
+        received += data.size();
+        if (received > kMostPackBytes) {
+            throw std::runtime_error(kTooLargeText);
+        }
+        spool.write(data);
+    });
     transport.request_streamed(
         path + L"/git-upload-pack", upload_pack_request(tip), L"application/x-git-upload-pack-request",
         L"application/x-git-upload-pack-result", [&reply](std::string_view piece) { reply.feed(piece); });
