@@ -109,19 +109,15 @@ CropSquare CropDialog::run() {
     return result_;
 }
 
-LRESULT CropDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    try {
-        if (message == WM_ERASEBKGND) {
-            return 1; // WM_PAINT covers every pixel
-        }
-        LRESULT themed = 0;
-        if (themeHandleMessage(hwnd_, message, wParam, lParam, themed)) {
-            return themed;
-        }
-        return route(message, wParam, lParam);
-    } catch (...) {
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
+LRESULT CropDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_ERASEBKGND) {
+        return 1; // WM_PAINT covers every pixel
     }
+    LRESULT themed = 0;
+    if (themeHandleMessage(hwnd_, message, wParam, lParam, themed)) {
+        return themed;
+    }
+    return route(message, wParam, lParam);
 }
 
 LRESULT CropDialog::route(UINT message, WPARAM wParam, LPARAM lParam) {

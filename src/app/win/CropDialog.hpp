@@ -34,7 +34,7 @@ public:
     PixelRect picturePlacement() const noexcept { return placement_; }
 
 private:
-    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
     void onCreate();
     void layout();

@@ -202,17 +202,12 @@ void MainWindow::setChildWindow(ChildKind kind, HWND window) noexcept {
     }
 }
 
-LRESULT MainWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+LRESULT MainWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     LRESULT themed = 0;
     if (themeHandleMessage(hwnd_, message, wParam, lParam, themed)) {
         return themed;
     }
-    try {
-        return route(message, wParam, lParam);
-    } catch (...) {
-        // Nothing may unwind into the system's message dispatch.
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
-    }
+    return route(message, wParam, lParam);
 }
 
 LRESULT MainWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {

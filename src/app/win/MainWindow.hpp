@@ -115,7 +115,7 @@ public:
     void setTrackedGameForTest(TrackedGame game) { tracked_ = std::move(game); }
 
 private:
-    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
 
     void onCreate();

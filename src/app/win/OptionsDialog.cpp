@@ -174,29 +174,24 @@ OptionsDialog* OptionsDialog::open(HINSTANCE instance, OptionsHost host, Tab tab
     return dialog;
 }
 
-LRESULT OptionsDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    try {
-        if (message == WM_CTLCOLORSTATIC) {
-            const int id = GetDlgCtrlID(reinterpret_cast<HWND>(lParam));
-            if (isHintControl(id) || id == kMessageLine) {
-                const Skin& skin = currentTheme();
-                const auto dc = reinterpret_cast<HDC>(wParam);
-                SetTextColor(dc,
-                             toColorRef(id == kMessageLine && GetPropW(hwnd_, L"CorvandellProblem") != nullptr
+LRESULT OptionsDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_CTLCOLORSTATIC) {
+        const int id = GetDlgCtrlID(reinterpret_cast<HWND>(lParam));
+        if (isHintControl(id) || id == kMessageLine) {
+            const Skin& skin = currentTheme();
+            const auto dc = reinterpret_cast<HDC>(wParam);
+            SetTextColor(dc, toColorRef(id == kMessageLine && GetPropW(hwnd_, L"CorvandellProblem") != nullptr
                                             ? skin.accent
                                             : skin.mutedText));
-                SetBkColor(dc, toColorRef(skin.windowBackground));
-                return reinterpret_cast<LRESULT>(themeBrush(skin.windowBackground));
-            }
+            SetBkColor(dc, toColorRef(skin.windowBackground));
+            return reinterpret_cast<LRESULT>(themeBrush(skin.windowBackground));
         }
-        LRESULT themed = 0;
-        if (themeHandleMessage(hwnd_, message, wParam, lParam, themed)) {
-            return themed;
-        }
-        return route(message, wParam, lParam);
-    } catch (...) {
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
     }
+    LRESULT themed = 0;
+    if (themeHandleMessage(hwnd_, message, wParam, lParam, themed)) {
+        return themed;
+    }
+    return route(message, wParam, lParam);
 }
 
 LRESULT OptionsDialog::route(UINT message, WPARAM wParam, LPARAM lParam) {

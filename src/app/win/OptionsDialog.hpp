@@ -89,7 +89,7 @@ private:
     OptionsDialog(HINSTANCE instance, OptionsHost host, options::Tab tab);
     ~OptionsDialog() override;
 
-    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
     void onFinalMessage() noexcept override { delete this; }
 

@@ -169,13 +169,8 @@ std::wstring OverlayWindow::sessionText() const {
     return widen(sessionTimeText(sessionElapsedMs(setup_.launchTick, now())));
 }
 
-LRESULT OverlayWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    try {
-        return route(message, wParam, lParam);
-    } catch (...) {
-        // Nothing may unwind into the system's message dispatch.
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
-    }
+LRESULT OverlayWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    return route(message, wParam, lParam);
 }
 
 LRESULT OverlayWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {

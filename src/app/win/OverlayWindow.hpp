@@ -92,7 +92,7 @@ private:
     explicit OverlayWindow(OverlaySetup setup);
     ~OverlayWindow() override = default;
 
-    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
     void onFinalMessage() noexcept override { delete this; }
 

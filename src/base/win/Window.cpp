@@ -21,7 +21,14 @@ LRESULT CALLBACK Window::windowProcedure(HWND hwnd, UINT message, WPARAM wParam,
     if (window == nullptr) {
         return DefWindowProcW(hwnd, message, wParam, lParam);
     }
-    const LRESULT result = window->handleMessage(message, wParam, lParam);
+    LRESULT result = 0;
+    try {
+        result = window->handleMessage(message, wParam, lParam);
+    } catch (...) {
+        // Nothing may unwind into the system's message dispatch: a handler that fails leaves
+        // the message to the default procedure and the window goes on.
+        result = DefWindowProcW(hwnd, message, wParam, lParam);
+    }
     if (message == WM_NCDESTROY) {
         SetWindowLongPtrW(hwnd, GWLP_USERDATA, 0);
         window->hwnd_ = nullptr;

@@ -25,8 +25,9 @@ public:
 
 protected:
     static LRESULT CALLBACK windowProcedure(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-    // Never lets an exception out: a window procedure is a C callback.
-    virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept = 0;
+    // May throw: windowProcedure catches everything and hands the message to the default
+    // procedure, since a window procedure is a C callback.
+    virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;
     virtual void onFinalMessage() noexcept {}
 
     // Creates the window of an object that deletes itself in onFinalMessage, at the default

@@ -81,16 +81,12 @@ ChatWindow* ChatWindow::open(HINSTANCE instance, HWND owner, const Settings* set
     return window;
 }
 
-LRESULT ChatWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    try {
-        LRESULT result = 0;
-        if (look_.messageHook != nullptr && look_.messageHook(hwnd_, message, wParam, lParam, result)) {
-            return result;
-        }
-        return route(message, wParam, lParam);
-    } catch (...) {
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
+LRESULT ChatWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT result = 0;
+    if (look_.messageHook != nullptr && look_.messageHook(hwnd_, message, wParam, lParam, result)) {
+        return result;
     }
+    return route(message, wParam, lParam);
 }
 
 LRESULT ChatWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {

@@ -85,7 +85,7 @@ private:
                std::vector<FriendInfo> friends);
     ~ChatWindow() override = default;
 
-    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
     void onFinalMessage() noexcept override { delete this; }
 

@@ -66,17 +66,13 @@ FriendsWindow* FriendsWindow::open(HINSTANCE instance, HWND owner, const Setting
     return window;
 }
 
-LRESULT FriendsWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    try {
-        LRESULT result = 0;
-        if (look_.messageHook != nullptr && message != WM_DRAWITEM &&
-            look_.messageHook(hwnd_, message, wParam, lParam, result)) {
-            return result;
-        }
-        return route(message, wParam, lParam);
-    } catch (...) {
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
+LRESULT FriendsWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT result = 0;
+    if (look_.messageHook != nullptr && message != WM_DRAWITEM &&
+        look_.messageHook(hwnd_, message, wParam, lParam, result)) {
+        return result;
     }
+    return route(message, wParam, lParam);
 }
 
 LRESULT FriendsWindow::route(UINT message, WPARAM wParam, LPARAM lParam) {

@@ -49,7 +49,7 @@ private:
                   ClosedNotice closedNotice);
     ~FriendsWindow() override = default;
 
-    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
     void onFinalMessage() noexcept override { delete this; }
 

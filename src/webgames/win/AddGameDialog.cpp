@@ -82,16 +82,12 @@ std::wstring AddGameDialog::statusText() const {
     return hwndText(control(addgame::Status));
 }
 
-LRESULT AddGameDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    try {
-        LRESULT themed = 0;
-        if (look_.messageHook != nullptr && look_.messageHook(hwnd_, message, wParam, lParam, themed)) {
-            return themed;
-        }
-        return route(message, wParam, lParam);
-    } catch (...) {
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
+LRESULT AddGameDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT themed = 0;
+    if (look_.messageHook != nullptr && look_.messageHook(hwnd_, message, wParam, lParam, themed)) {
+        return themed;
     }
+    return route(message, wParam, lParam);
 }
 
 LRESULT AddGameDialog::route(UINT message, WPARAM wParam, LPARAM lParam) {

@@ -53,17 +53,12 @@ WebGameOptionsDialog* WebGameOptionsDialog::open(HINSTANCE instance, WebGameOpti
     return dialog;
 }
 
-LRESULT WebGameOptionsDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    try {
-        LRESULT themed = 0;
-        if (host_.look.messageHook != nullptr &&
-            host_.look.messageHook(hwnd_, message, wParam, lParam, themed)) {
-            return themed;
-        }
-        return route(message, wParam, lParam);
-    } catch (...) {
-        return DefWindowProcW(hwnd_, message, wParam, lParam);
+LRESULT WebGameOptionsDialog::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT themed = 0;
+    if (host_.look.messageHook != nullptr && host_.look.messageHook(hwnd_, message, wParam, lParam, themed)) {
+        return themed;
     }
+    return route(message, wParam, lParam);
 }
 
 LRESULT WebGameOptionsDialog::route(UINT message, WPARAM wParam, LPARAM lParam) {

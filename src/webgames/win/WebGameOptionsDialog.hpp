@@ -60,7 +60,7 @@ public:
 private:
     WebGameOptionsDialog(HINSTANCE instance, WebGameOptionsHost host)
         : instance_(instance), host_(std::move(host)) {}
-    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT route(UINT message, WPARAM wParam, LPARAM lParam);
     void onFinalMessage() noexcept override { delete this; }
     void onCreate();
